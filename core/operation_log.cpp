@@ -1,0 +1,26 @@
+#include "core/operation_log.h"
+
+void operation_log::failure(const failure_text &texts, const QString &subject, const QString &error_text,
+                            const char *statement) const
+{
+    if (!plugin_static_function::is_debug_on()) {
+        return;
+    }
+    write(texts.headline, subject);
+    if (texts.error_label) {
+        write(texts.error_label, error_text);
+    }
+    if (texts.query_label) {
+        write(texts.query_label, QString::fromUtf8(statement));
+    }
+}
+
+QString operation_log::connection_name(const char *suffix) const
+{
+    return QString::fromLatin1(signature) + QLatin1String(suffix);
+}
+
+void operation_log::write(const char *message, const QString &value) const
+{
+    plugin_static_function::app_debug(QString::fromUtf8(message) + value, QString::fromLatin1(signature));
+}

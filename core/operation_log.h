@@ -1,0 +1,49 @@
+/// The log of one operation: it holds the operation's signature, which stands in each of its log lines and is the base
+/// of its connection names. With the log off a call costs one test and builds no text.
+#pragma once
+
+#include "core/plugin_static_function.h"
+
+#include <QString>
+
+/// The fixed texts of one kind of failure, kept beside the statement or file that they belong to. They are what readers
+/// of the log look for: never composed, never "corrected".
+struct failure_text
+{
+    const char *headline;              ///< followed at once by the name of what failed
+    const char *error_label = nullptr; ///< in front of the error text; none: no such line
+    const char *query_label = nullptr; ///< in front of the statement; none: no such line
+};
+
+class operation_log
+{
+public:
+    explicit constexpr operation_log(const char *operation_signature) : signature(operation_signature) {}
+
+    void operator()(const char *message) const
+    {
+        if (plugin_static_function::is_debug_on()) {
+            write(message, QString());
+        }
+    }
+
+    /// The value follows the message at once.
+    void operator()(const char *message, const QString &value) const
+    {
+        if (plugin_static_function::is_debug_on()) {
+            write(message, value);
+        }
+    }
+
+    /// The lines of a failure: the headline with what failed, then error text and statement where the texts name them.
+    void failure(const failure_text &texts, const QString &subject, const QString &error_text = QString(),
+                 const char *statement = nullptr) const;
+
+    /// The signature, which is the name of the operation's first connection; further ones add a suffix.
+    QString connection_name(const char *suffix = "") const;
+
+private:
+    void write(const char *message, const QString &value) const;
+
+    const char *signature;
+};

@@ -1,0 +1,82 @@
+#include "core/row_writer.h"
+
+#include "core/extractor_frame.h"
+
+#include <QSqlError>
+#include <QVariant>
+
+namespace {
+
+// The columns that take a "?", in order: what stands between the first and the second pair of parentheses.
+QStringList bound_columns_of(const QString &statement)
+{
+    const auto list_behind = [&statement](int from) {
+        const int begin = statement.indexOf(QLatin1Char('('), from) + 1;
+        return statement.mid(begin, statement.indexOf(QLatin1Char(')'), begin) - begin).split(QLatin1Char(','));
+    };
+    const QStringList columns = list_behind(0);
+    const QStringList values = list_behind(statement.indexOf(QLatin1Char(')')));
+    QStringList bound;
+    for (int i = 0; i < columns.size() && i < values.size(); ++i) {
+        if (values.at(i).trimmed() == QLatin1String("?")) {
+            bound.append(columns.at(i).trimmed());
+        }
+    }
+    return bound;
+}
+
+} // namespace
+
+row_writer::row_writer(extractor_frame &extractor, result_session &result, const operation_log &operation,
+                       const char *statement_text, const failure_text &failure_texts, row_count which)
+    : frame(extractor), destination(result), log(operation), statement(statement_text), texts(failure_texts),
+      counted(which), query(result.database())
+{
+}
+
+bool row_writer::prepare(std::initializer_list<column_value> values)
+{
+    if (is_prepared || !prepare_error.isNull()) {
+        return is_prepared;
+    }
+    QStringList given;
+    for (const column_value &value : values) {
+        given.append(QString::fromUtf8(value.column));
+    }
+    const QString statement_text = QString::fromUtf8(statement);
+    if (given != bound_columns_of(statement_text)) {
+        prepare_error = QStringLiteral("The values are not those of the statement: ") + given.join(QLatin1Char(','));
+        return false;
+    }
+    is_prepared = query.prepare(statement_text);
+    if (!is_prepared) {
+        prepare_error = query.lastError().text();
+    }
+    return is_prepared;
+}
+
+bool row_writer::execute(std::initializer_list<column_value> values)
+{
+    if (!prepare(values)) {
+        log.failure(texts, destination.database_name(), prepare_error, statement);
+        return false;
+    }
+    int position = 0;
+    for (const column_value &value : values) {
+        query.bindValue(position++, value.value);
+    }
+    if (!query.exec()) {
+        log.failure(texts, destination.database_name(), query.lastError().text(), statement);
+        return false;
+    }
+    return true;
+}
+
+bool row_writer::insert(std::initializer_list<column_value> values)
+{
+    const bool is_inserted = execute(values);
+    if (is_inserted || counted == row_count::attempted) {
+        frame.count_row();
+    }
+    return is_inserted;
+}

@@ -1,0 +1,54 @@
+/// The one way a row gets into the result database: a statement prepared once, values bound, executed. Each value
+/// stands beside the name of its column, and the writer checks once that names and order are those of the statement.
+#pragma once
+
+#include "core/operation_log.h"
+#include "core/result_session.h"
+
+#include <QSqlQuery>
+#include <QString>
+
+#include <initializer_list>
+
+class extractor_frame;
+
+/// A null text is stored as NULL, an empty one as an empty text.
+struct column_value
+{
+    const char *column;
+    QString value;
+};
+
+/// Which rows the record count takes in.
+enum class row_count
+{
+    inserted,
+    attempted
+};
+
+class row_writer
+{
+public:
+    /// In: an INSERT of the form "insert into table(a,b,…) values(0,?,…)", one value for each column. All arguments
+    /// outlive the writer.
+    row_writer(extractor_frame &frame, result_session &destination, const operation_log &log, const char *statement,
+               const failure_text &texts, row_count counted = row_count::inserted);
+
+    /// Inserts a row of the values for the statement's "?", in their order. Out: whether the row stands. A failure
+    /// is logged with the texts.
+    bool insert(std::initializer_list<column_value> values);
+
+private:
+    bool prepare(std::initializer_list<column_value> values);
+    bool execute(std::initializer_list<column_value> values);
+
+    extractor_frame &frame;
+    result_session &destination;
+    const operation_log &log;
+    const char *statement;
+    const failure_text &texts;
+    row_count counted;
+    QSqlQuery query;
+    bool is_prepared = false;
+    QString prepare_error; // kept, since a statement that failed once is not tried again
+};
