@@ -4,15 +4,11 @@
 
 #include <utility>
 
-database_connection::database_connection(QString name, const QString &database_path, access wanted)
-    : connection_name(std::move(name))
+database_connection::database_connection(QString name, const QString &database_path) : connection_name(std::move(name))
 {
     QSqlDatabase::removeDatabase(connection_name);
     database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection_name);
     database.setDatabaseName(database_path);
-    if (wanted == access::read_only) {
-        database.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
-    }
 }
 
 database_connection::~database_connection()

@@ -1,5 +1,5 @@
-/// One named SQLite connection of Qt's driver, closed and unregistered when it goes out of scope. Queries on it are
-/// declared behind it, so that they go first.
+/// One named SQLite connection of Qt's driver to the result database, for statements that give no rows. It is closed
+/// and unregistered when it goes out of scope; queries on it are declared behind it, so that they go first.
 #pragma once
 
 #include <QSqlDatabase>
@@ -15,7 +15,7 @@ public:
     };
 
     /// Takes the name over: a connection that bore it is removed. Opens nothing yet.
-    database_connection(QString connection_name, const QString &database_path, access wanted);
+    database_connection(QString connection_name, const QString &database_path);
     ~database_connection();
     database_connection(const database_connection &) = delete;
     database_connection &operator=(const database_connection &) = delete;

@@ -1,9 +1,9 @@
 // The result database: its place below the host's result directory, its tables, and their clearing.
 #include "core/mail.h"
 
+#include "core/database_connection.h"
 #include "core/operation_log.h"
 #include "core/result_schema.h"
-#include "core/result_session.h"
 #include "ios/mail_ios_uid.h"
 #include "ios/mail_ios_uniform.h"
 #include "macos/mail_macos.h"
@@ -61,18 +61,21 @@ void mail::create_db_tables()
 {
     static constexpr operation_log log{"void mail::create_db_tables()"};
     log("Starts");
-    result_session destination{log, destination_db_path_QString};
-    if (!destination.open(destination_open_failure)) {
+    const QString caller = log.signature_text();
+    database_connection destination(caller, destination_db_path_QString);
+    if (!destination.open()) {
+        log.failure(destination_open_failure, destination.name(), destination.error_text());
         return;
     }
-    const QString caller = log.connection_name();
+    destination.handle().transaction();
     for (const result_table &table : result_tables) {
         if (!plugin_static_function::execute_db_command_by_dbreference(QString::fromUtf8(table.create_statement),
-                                                                       destination.database(), caller)) {
+                                                                       destination.handle(), caller)) {
             log.failure(table_creation_failure, QString::fromUtf8(table.name));
         }
     }
-    destination.finish();
+    destination.handle().commit();
+    destination.close();
     log("Ends");
 }
 
@@ -86,7 +89,7 @@ void mail::clear_db_tables()
     if (engine_type_int < 0 || engine_type_int > 2) {
         return;
     }
-    const QString caller = log.connection_name();
+    const QString caller = log.signature_text();
     for (const QString &tab : qAsConst(selected_tabs_QStringList)) {
         plugin_static_function::execute_db_command_by_dbpath(QLatin1String("delete from '") + tab + QLatin1Char('\''),
                                                              destination_db_path_QString, caller);

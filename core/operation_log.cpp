@@ -15,12 +15,12 @@ void operation_log::failure(const failure_text &texts, const QString &subject, c
     }
 }
 
-QString operation_log::connection_name(const char *suffix) const
+QString operation_log::signature_text() const
 {
-    return QString::fromLatin1(signature) + QLatin1String(suffix);
+    return QString::fromLatin1(signature);
 }
 
 void operation_log::write(const char *message, const QString &value) const
 {
-    plugin_static_function::app_debug(QString::fromUtf8(message) + value, QString::fromLatin1(signature));
+    plugin_static_function::app_debug(QString::fromUtf8(message) + value, signature_text());
 }

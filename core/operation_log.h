@@ -1,5 +1,5 @@
-/// The log of one operation: it holds the operation's signature, which stands in each of its log lines and is the base
-/// of its connection names. With the log off a call costs one test and builds no text.
+/// The log of one operation: it holds the operation's signature, which stands in each of its log lines. With the log
+/// off a call costs one test and builds no text.
 #pragma once
 
 #include "core/plugin_static_function.h"
@@ -39,8 +39,8 @@ public:
     void failure(const failure_text &texts, const QString &subject, const QString &error_text = QString(),
                  const char *statement = nullptr) const;
 
-    /// The signature, which is the name of the operation's first connection; further ones add a suffix.
-    QString connection_name(const char *suffix = "") const;
+    /// The signature, which is also the name of the operation's connection and its name as a caller.
+    QString signature_text() const;
 
 private:
     void write(const char *message, const QString &value) const;

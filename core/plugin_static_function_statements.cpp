@@ -12,7 +12,7 @@ bool plugin_static_function::execute_db_command_by_dbpath(const QString &command
     static constexpr operation_log log{
         "static bool plugin_static_function::execute_db_command_by_dbpath(QString, QString, QString)"};
 
-    database_connection connection(log.connection_name() + caller, db_path, database_connection::access::read_write);
+    database_connection connection(log.signature_text() + caller, db_path);
     if (!connection.open()) {
         log(" Destination Db opening --------FAILED------ ", db_path);
         log("CALLER FUNCTION -  ", caller);

@@ -8,7 +8,7 @@ constexpr failure_text commit_failure{"Destination Db commit -----FAILED-----", 
 } // namespace
 
 result_session::result_session(const operation_log &operation, const QString &database_path)
-    : log(operation), connection(operation.connection_name(), database_path, database_connection::access::read_write)
+    : log(operation), path(database_path)
 {
 }
 
@@ -19,23 +19,22 @@ result_session::~result_session()
 
 bool result_session::open(const failure_text &texts)
 {
-    if (!connection.open()) {
-        log.failure(texts, connection.name(), connection.error_text());
+    if (!connection.open_for_writing(path)) {
+        log.failure(texts, path, connection.error_text());
+        connection.close();
         return false;
     }
-    is_open = true;
-    connection.handle().transaction();
+    connection.execute("BEGIN");
     return true;
 }
 
 void result_session::finish()
 {
-    if (!is_open) {
+    if (!connection.is_open()) {
         return;
     }
-    is_open = false;
-    if (!connection.handle().commit()) {
-        log.failure(commit_failure, connection.name(), connection.error_text());
+    if (!connection.execute("COMMIT")) {
+        log.failure(commit_failure, path, connection.error_text());
     }
     connection.close();
 }

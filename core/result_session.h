@@ -1,14 +1,13 @@
 /// An operation's connection to the result database, with one transaction over the whole operation. Whatever way the
-/// operation ends, the rows so far are committed and the connection is closed. Declared before the queries that use it.
+/// operation ends, the rows so far are committed and the connection is closed. Declared before the writers that use it.
 #pragma once
 
-#include "core/database_connection.h"
 #include "core/operation_log.h"
+#include "core/sqlite_database.h"
 
 class result_session
 {
 public:
-    /// The connection bears the signature of the operation.
     result_session(const operation_log &log, const QString &database_path);
     ~result_session();
     result_session(const result_session &) = delete;
@@ -16,14 +15,16 @@ public:
 
     /// Opens the database and begins the transaction. Out: false when it does not open, which is logged with the texts.
     bool open(const failure_text &texts);
-    /// Commits and closes, for operations that log their end behind it. A second call does nothing.
+    /// Commits and closes, for operations that log their end behind it. A second call does nothing. Rows lost because
+    /// the commit failed are logged.
     void finish();
 
-    QSqlDatabase &database() { return connection.handle(); }
-    QString database_name() const { return connection.name(); }
+    sqlite_database &database() { return connection; }
+    /// The path as it stands in log lines.
+    const QString &database_name() const { return path; }
 
 private:
     const operation_log &log;
-    database_connection connection;
-    bool is_open = false;
+    QString path;
+    sqlite_database connection;
 };

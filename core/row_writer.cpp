@@ -2,8 +2,7 @@
 
 #include "core/extractor_frame.h"
 
-#include <QSqlError>
-#include <QVariant>
+#include <QStringList>
 
 namespace {
 
@@ -28,48 +27,44 @@ QStringList bound_columns_of(const QString &statement)
 } // namespace
 
 row_writer::row_writer(extractor_frame &extractor, result_session &result, const operation_log &operation,
-                       const char *statement_text, const failure_text &failure_texts, row_count which)
-    : frame(extractor), destination(result), log(operation), statement(statement_text), texts(failure_texts),
-      counted(which), query(result.database())
+                       const char *text, const failure_text &failure_texts, row_count which)
+    : frame(extractor), destination(result), log(operation), statement_text(text), texts(failure_texts), counted(which)
 {
 }
 
 bool row_writer::prepare(std::initializer_list<column_value> values)
 {
-    if (is_prepared || !prepare_error.isNull()) {
-        return is_prepared;
+    if (statement.is_prepared() || !prepare_error.isNull()) {
+        return statement.is_prepared();
     }
     QStringList given;
     for (const column_value &value : values) {
         given.append(QString::fromUtf8(value.column));
     }
-    const QString statement_text = QString::fromUtf8(statement);
-    if (given != bound_columns_of(statement_text)) {
+    if (given != bound_columns_of(QString::fromUtf8(statement_text))) {
         prepare_error = QStringLiteral("The values are not those of the statement: ") + given.join(QLatin1Char(','));
-        return false;
+    } else if (!statement.prepare(destination.database(), statement_text)) {
+        prepare_error = destination.database().error_text();
     }
-    is_prepared = query.prepare(statement_text);
-    if (!is_prepared) {
-        prepare_error = query.lastError().text();
-    }
-    return is_prepared;
+    return statement.is_prepared();
 }
 
 bool row_writer::execute(std::initializer_list<column_value> values)
 {
     if (!prepare(values)) {
-        log.failure(texts, destination.database_name(), prepare_error, statement);
+        log.failure(texts, destination.database_name(), prepare_error, statement_text);
         return false;
     }
     int position = 0;
     for (const column_value &value : values) {
-        query.bindValue(position++, value.value);
+        statement.bind(position++, value.value);
     }
-    if (!query.exec()) {
-        log.failure(texts, destination.database_name(), query.lastError().text(), statement);
-        return false;
+    const bool is_inserted = statement.step() == sqlite_statement::outcome::done;
+    if (!is_inserted) {
+        log.failure(texts, destination.database_name(), destination.database().error_text(), statement_text);
     }
-    return true;
+    statement.reset();
+    return is_inserted;
 }
 
 bool row_writer::insert(std::initializer_list<column_value> values)

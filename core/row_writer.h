@@ -5,7 +5,6 @@
 #include "core/operation_log.h"
 #include "core/result_session.h"
 
-#include <QSqlQuery>
 #include <QString>
 
 #include <initializer_list>
@@ -45,10 +44,9 @@ private:
     extractor_frame &frame;
     result_session &destination;
     const operation_log &log;
-    const char *statement;
+    const char *statement_text;
     const failure_text &texts;
     row_count counted;
-    QSqlQuery query;
-    bool is_prepared = false;
+    sqlite_statement statement;
     QString prepare_error; // kept, since a statement that failed once is not tried again
 };

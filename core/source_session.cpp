@@ -1,115 +1,96 @@
 #include "core/source_session.h"
 
-#include <QSqlError>
-#include <QSqlRecord>
-#include <QVariant>
-
-#include <algorithm>
-#include <cmath>
-
-namespace {
-
-QString text_of(const QVariant &value)
-{
-    return value.userType() == QMetaType::Double ? real_as_database_text(value.toDouble()) : value.toString();
-}
-
-} // namespace
-
-QString real_as_database_text(double value)
-{
-    if (std::isinf(value)) {
-        return value > 0 ? QStringLiteral("Inf") : QStringLiteral("-Inf");
-    }
-    if (value == 0.0) {
-        return QStringLiteral("0.0"); // a negative zero has no sign there
-    }
-    QString text = QString::number(value, 'g', 15);
-    const int exponent_at = text.indexOf(QLatin1Char('e'));
-    const int mantissa_end = exponent_at < 0 ? text.size() : exponent_at;
-    if (text.indexOf(QLatin1Char('.')) < 0) {
-        text.insert(mantissa_end, QLatin1String(".0"));
-    }
-    return text;
-}
-
-source_session::source_session(const operation_log &operation, const char *name_suffix, const QString &copy_path)
-    : log(operation),
-      connection(operation.connection_name(name_suffix), copy_path, database_connection::access::read_only)
+source_session::source_session(const operation_log &operation, const QString &copy_path,
+                               const std::atomic<bool> &cancel_flag)
+    : log(operation), path(copy_path), is_cancelled(cancel_flag)
 {
 }
 
 bool source_session::open(const failure_text &texts)
 {
-    if (connection.open()) {
-        return true;
+    if (!connection.open_for_reading(path, is_cancelled)) {
+        log.failure(texts, path, connection.error_text());
+        return false;
     }
-    log.failure(texts, connection.name(), connection.error_text());
-    return false;
+    // One lock for the whole of the reading, not one for each look-up: those cost more than the look-ups do.
+    connection.execute("BEGIN");
+    return true;
 }
 
-source_query::source_query(source_session &source, const operation_log &operation, const char *statement_text,
+source_query::source_query(source_session &source, const operation_log &operation, const char *text,
                            const failure_text &failure_texts)
-    : session(source), log(operation), statement(statement_text), texts(failure_texts), query(source.database())
+    : session(source), log(operation), statement_text(text), texts(failure_texts)
 {
-    query.setForwardOnly(true);
 }
 
 bool source_query::prepare()
 {
-    if (!is_prepared && prepare_error.isNull()) {
-        is_prepared = query.prepare(QString::fromUtf8(statement));
-        if (!is_prepared) {
-            prepare_error = query.lastError().text();
-        }
+    if (!statement.is_prepared() && prepare_error.isNull() && !statement.prepare(session.database(), statement_text)) {
+        prepare_error = session.database().error_text();
     }
-    return is_prepared;
+    return statement.is_prepared();
 }
 
 bool source_query::execute(std::initializer_list<QString> values)
 {
+    state = progress::ended;
     if (!prepare()) {
         log_failure(prepare_error);
         return false;
     }
+    statement.reset();
     int position = 0;
     for (const QString &value : values) {
-        query.bindValue(position++, value);
+        statement.bind(position++, value);
     }
-    if (!query.exec()) {
-        log_failure(query.lastError().text());
+    // Whether a statement can be executed shows at its first step.
+    if (!step()) {
         return false;
     }
-    if (columns.empty()) {
-        const QSqlRecord record = query.record();
-        for (int i = 0; i < record.count(); ++i) {
-            columns.push_back(record.fieldName(i).toUtf8());
-        }
-    }
+    state = state == progress::on_row ? progress::before_first_row : state;
     return true;
 }
 
 bool source_query::next()
 {
-    if (query.next()) {
-        return true;
+    if (state == progress::on_row) {
+        step();
+    } else if (state == progress::before_first_row) {
+        state = progress::on_row;
     }
-    // A damaged page in the middle of a table ends the rows as well; that must not look like their end.
-    if (query.lastError().isValid()) {
-        log_failure(query.lastError().text());
-    }
-    return false;
+    return state == progress::on_row;
 }
 
-QString source_query::text(const char *column) const
+bool source_query::step()
 {
-    const auto found = std::find_if(columns.begin(), columns.end(), [column](const QByteArray &name) {
-        return qstricmp(name.constData(), column) == 0; // SQLite takes column names in any case
-    });
-    return found == columns.end() ? QString() : text_of(query.value(static_cast<int>(found - columns.begin())));
+    const sqlite_statement::outcome stepped = statement.step();
+    state = stepped == sqlite_statement::outcome::row ? progress::on_row : progress::ended;
+    if (stepped == sqlite_statement::outcome::failed) {
+        // A damaged page in the middle of a table ends the rows as well; that must not look like their end.
+        log_failure(session.database().error_text());
+        return false;
+    }
+    return true;
+}
+
+QString source_query::text(const char *column)
+{
+    const int index = state == progress::on_row ? index_of(column) : -1;
+    return index < 0 ? QString() : statement.text(index);
+}
+
+int source_query::index_of(const char *column)
+{
+    for (const auto &[name, index] : resolved_columns) {
+        if (name == column) {
+            return index;
+        }
+    }
+    resolved_columns.emplace_back(column, statement.column_index(column));
+    return resolved_columns.back().second;
 }
 
 void source_query::log_failure(const QString &error_text) const
 {
-    log.failure(texts, session.database_name(), error_text, statement);
+    log.failure(texts, session.database_name(), error_text, statement_text);
 }

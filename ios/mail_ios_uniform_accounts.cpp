@@ -67,7 +67,7 @@ void mail_ios_uniform::xcode_extract_mail_accounts()
     if (accounts_copy.isEmpty()) {
         return;
     }
-    source_session accounts{log, "_1", accounts_copy};
+    source_session accounts{log, accounts_copy, cancel_extraction_bool};
     if (!accounts.open(source_open_failure)) {
         return;
     }

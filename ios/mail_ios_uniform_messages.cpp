@@ -186,8 +186,8 @@ void mail_ios_uniform::extract_mail_messages()
     if (!destination.open(destination_open_failure)) {
         return;
     }
-    source_session envelope{log, "1", envelope_copy};
-    source_session protected_index{log, "2", protected_copy};
+    source_session envelope{log, envelope_copy, cancel_extraction_bool};
+    source_session protected_index{log, protected_copy, cancel_extraction_bool};
     if (!envelope.open(source_open_failure) || !protected_index.open(source_open_failure)) {
         return;
     }
