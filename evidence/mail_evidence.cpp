@@ -1,0 +1,154 @@
+/// mail-evidence: writes sample evidence trees.
+#include "evidence/files.h"
+#include "evidence/sample_ios_file_tree.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+
+#include <array>
+#include <cstdio>
+
+namespace {
+
+using namespace evidence;
+
+constexpr int exit_done = 0;
+constexpr int exit_unusable = 2;
+
+struct tree_request
+{
+    QString folder;
+    qint64 size = 0;
+    uint64_t seed = 0;
+    sqlite_storage storage = sqlite_storage::plain;
+};
+
+/// A kind of tree. `write` gives the line that says what was written.
+struct tree_kind
+{
+    const char *name;
+    const char *description;
+    QString (*write)(const tree_request &request);
+};
+
+QString write_ios_file_tree(const tree_request &request)
+{
+    sample_ios_file_tree_options options;
+    options.message_count = request.size;
+    options.seed = request.seed;
+    options.storage = request.storage;
+    const sample_ios_file_tree_summary written = write_sample_ios_file_tree(request.folder, options);
+    return QStringLiteral("%1: %2 messages in %3 mailboxes, %4 recipients, %5 mail files, last account %6")
+        .arg(request.folder)
+        .arg(written.messages)
+        .arg(written.mailboxes)
+        .arg(written.recipients)
+        .arg(written.emlx_files)
+        .arg(written.last_selected_account);
+}
+
+// clang-format off
+constexpr std::array<tree_kind, 1> kinds = {{
+    {"ios-file-tree", "the mail data of an iOS file system; N messages", write_ios_file_tree},
+}};
+// clang-format on
+
+const tree_kind &kind_of(const QString &name)
+{
+    for (const tree_kind &kind : kinds) {
+        if (name == QLatin1String(kind.name)) {
+            return kind;
+        }
+    }
+    throw evidence_error(QStringLiteral("There is no kind of tree named \"%1\"; --help lists them.").arg(name));
+}
+
+uint64_t number_of(const QCommandLineParser &parser, const QString &option)
+{
+    bool is_number = false;
+    const uint64_t number = parser.value(option).toULongLong(&is_number);
+    if (!is_number || number > INT64_MAX) {
+        throw evidence_error(
+            QStringLiteral("--%1 wants a whole number, not \"%2\".").arg(option, parser.value(option)));
+    }
+    return number;
+}
+
+sqlite_storage storage_of(const QCommandLineParser &parser)
+{
+    if (parser.isSet(QStringLiteral("wal-without-shm"))) {
+        return sqlite_storage::wal_without_shm;
+    }
+    return parser.isSet(QStringLiteral("wal")) ? sqlite_storage::wal_only : sqlite_storage::plain;
+}
+
+QString help_on_kinds()
+{
+    QString text = QStringLiteral("Writes a sample evidence tree into FOLDER, which must be new or empty.\n\nKinds:");
+    for (const tree_kind &kind : kinds) {
+        text += QStringLiteral("\n  %1  %2").arg(QLatin1String(kind.name), QLatin1String(kind.description));
+    }
+    return text;
+}
+
+void add_options(QCommandLineParser &parser)
+{
+    parser.setApplicationDescription(help_on_kinds());
+    parser.addPositionalArgument(QStringLiteral("KIND"), QStringLiteral("what to write"));
+    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("where"));
+    parser.addOptions({{QStringLiteral("size"), QStringLiteral("how many items, 1000 unless told"), QStringLiteral("N"),
+                        QStringLiteral("1000")},
+                       {QStringLiteral("seed"), QStringLiteral("another seed gives another tree of the same kind"),
+                        QStringLiteral("N"), QStringLiteral("1")},
+                       {QStringLiteral("wal"), QStringLiteral("leave the rows in \"-wal\" files")},
+                       {QStringLiteral("wal-without-shm"), QStringLiteral("the same without the \"-shm\" files")},
+                       {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("this text")}});
+}
+
+tree_request request_of(const QCommandLineParser &parser)
+{
+    tree_request request;
+    request.folder = QDir::cleanPath(parser.positionalArguments().last());
+    request.size = static_cast<qint64>(number_of(parser, QStringLiteral("size")));
+    request.seed = number_of(parser, QStringLiteral("seed"));
+    request.storage = storage_of(parser);
+    return request;
+}
+
+/// Out: what is to be printed.
+QString run(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    add_options(parser);
+    if (!parser.parse(arguments)) {
+        throw evidence_error(parser.errorText());
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        return parser.helpText().trimmed();
+    }
+    if (parser.positionalArguments().size() != 2) {
+        throw evidence_error(QStringLiteral("Wanted: mail-evidence KIND FOLDER; --help tells more."));
+    }
+    const tree_kind &kind = kind_of(parser.positionalArguments().first());
+    const tree_request request = request_of(parser);
+    make_folder(request.folder);
+    if (!QDir(request.folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)) {
+        throw evidence_error(QStringLiteral("The folder %1 is not empty.").arg(request.folder));
+    }
+    return kind.write(request);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    try {
+        std::printf("%s\n", run(QCoreApplication::arguments()).toUtf8().constData());
+        return exit_done;
+    } catch (const evidence_error &failure) {
+        std::fprintf(stderr, "mail-evidence: %s\n", failure.what());
+        return exit_unusable;
+    }
+}
