@@ -1,0 +1,78 @@
+#include "bench/plugin_run.h"
+
+#include "core/mail.h"
+#include "evidence/files.h"
+
+#include <QApplication>
+#include <QLibrary>
+
+#include <memory>
+
+namespace bench {
+
+namespace {
+
+using create_function = mail *(*)();
+
+std::unique_ptr<mail> create_plugin()
+{
+    QLibrary library(plugin_path());
+    const auto create = reinterpret_cast<create_function>(library.resolve("create_object"));
+    if (create == nullptr) {
+        throw evidence::evidence_error(QStringLiteral("The plug-in does not load: %1.").arg(library.errorString()));
+    }
+    return std::unique_ptr<mail>(create());
+}
+
+void describe_source(mail &plugin, const work &work, const QString &root)
+{
+    struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_source_info source;
+    source.source_root_path_QString = root;
+    source.os_scheme_display_QString = QLatin1String(scheme_display);
+    source.os_scheme_internal_QString = QLatin1String(work.scheme);
+    plugin.pub_set_essentials();
+    plugin.pub_set_engine_type(0);
+    plugin.pub_set_general_info(struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_general_info());
+    plugin.pub_set_source_info(source);
+    plugin.pub_set_desktop_info(struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_desktop_info());
+    plugin.pub_set_source_count(source_number);
+    plugin.pub_set_essential_for_trawl_bench_extraction({QLatin1String(work.tab)}, {});
+    plugin.pub_set_extended_attributes_list({});
+}
+
+} // namespace
+
+QString plugin_path()
+{
+    return QCoreApplication::applicationDirPath() + QLatin1String("/libmail.so");
+}
+
+void run_plugin(const work &work, const QString &root, const QString &result_directory, stopwatch &watch)
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    int argument_count = 1;
+    char name[] = "mail-bench";
+    char *arguments[] = {name, nullptr};
+    const QApplication application(argument_count, arguments); // the plug-in object is a widget
+    const std::unique_ptr<mail> plugin = create_plugin();
+    describe_source(*plugin, work, root);
+    watch = stopwatch();
+    plugin->pub_set_result_directory(result_directory);
+    plugin->pub_create_db_tables();
+    watch.lap("tables");
+    plugin->pub_find_source_file();
+    watch.lap("find");
+    plugin->pub_extract_artifacts();
+    watch.lap("extract");
+    plugin->pub_remove_temporary_asthetics();
+    watch.lap("remove");
+}
+
+QString plugin_database_path(const QString &result_directory)
+{
+    return result_directory + QLatin1String("Artifacts_Result/Mail/Mail.sqlite");
+}
+
+} // namespace bench

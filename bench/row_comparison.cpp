@@ -1,0 +1,65 @@
+#include "bench/row_comparison.h"
+
+#include "bench/floor_database.h"
+
+namespace bench {
+
+namespace {
+
+QString shown(sqlite3_stmt *statement, int column)
+{
+    if (sqlite3_column_type(statement, column) == SQLITE_NULL) {
+        return QStringLiteral("NULL");
+    }
+    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
+    return QLatin1Char('"') + QString::fromUtf8(text, sqlite3_column_bytes(statement, column)) + QLatin1Char('"');
+}
+
+QString difference_of_rows(sqlite3_stmt *floor, sqlite3_stmt *plugin)
+{
+    for (int column = 0; column < sqlite3_column_count(floor); ++column) {
+        const bool is_same = sqlite3_column_type(floor, column) == sqlite3_column_type(plugin, column) &&
+                             shown(floor, column) == shown(plugin, column);
+        if (!is_same) {
+            return QStringLiteral("column %1, floor %2 (type %3), plug-in %4 (type %5)")
+                .arg(QString::fromUtf8(sqlite3_column_name(floor, column)), shown(floor, column))
+                .arg(sqlite3_column_type(floor, column))
+                .arg(shown(plugin, column))
+                .arg(sqlite3_column_type(plugin, column));
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+QString first_difference(const work &work, const QString &floor_database, const QString &plugin_database)
+{
+    const evidence::sqlite_connection floor = open_database(floor_database);
+    const evidence::sqlite_connection plugin = open_database(plugin_database);
+    const QByteArray query = QByteArray("SELECT ") + work.columns + " FROM " + work.table + " ORDER BY " + work.key;
+    const evidence::sqlite_statement floor_rows = prepare(floor.get(), query);
+    const evidence::sqlite_statement plugin_rows = prepare(plugin.get(), query);
+    for (qint64 row = 1;; ++row) {
+        const bool has_floor_row = sqlite3_step(floor_rows.get()) == SQLITE_ROW;
+        const bool has_plugin_row = sqlite3_step(plugin_rows.get()) == SQLITE_ROW;
+        if (!has_floor_row && !has_plugin_row) {
+            return {};
+        }
+        const QString difference = has_floor_row != has_plugin_row
+                                       ? QStringLiteral("only the %1 has it")
+                                             .arg(has_floor_row ? QLatin1String("floor") : QLatin1String("plug-in"))
+                                       : difference_of_rows(floor_rows.get(), plugin_rows.get());
+        if (!difference.isEmpty()) {
+            return QStringLiteral("Row %1 in the order of %2: %3.").arg(row).arg(QLatin1String(work.key), difference);
+        }
+    }
+}
+
+qint64 row_count(const work &work, const QString &database)
+{
+    const evidence::sqlite_connection connection = open_database(database);
+    return number(connection.get(), QStringLiteral("SELECT count(*) FROM %1").arg(QLatin1String(work.table)));
+}
+
+} // namespace bench

@@ -1,0 +1,92 @@
+#include "host/log_reader.h"
+
+#include "services/encryptor_string.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+const QByteArray separator = QByteArrayLiteral("<[{()}]>");
+constexpr qint64 chunk_size = 1 << 16;
+
+// Longer than any line, and a bound on what a file that is no log makes us hold.
+constexpr int longest_record = 1 << 26;
+
+} // namespace
+
+log_reader::log_reader(const QString &path, form written_as, qint64 from)
+    : file(path), log_form(written_as), begin(from)
+{
+}
+
+bool log_reader::open()
+{
+    return file.open(QIODevice::ReadOnly) && file.seek(begin);
+}
+
+bool log_reader::next_record(QByteArray &record)
+{
+    int searched = 0;
+    for (;;) {
+        const int end = unread.indexOf(separator, searched);
+        if (end >= 0) {
+            record = unread.left(end);
+            unread.remove(0, end + separator.size());
+            met_records = true;
+            return true;
+        }
+        searched = std::max(0, unread.size() - separator.size() + 1);
+        const QByteArray chunk = unread.size() < longest_record ? file.read(chunk_size) : QByteArray();
+        if (chunk.isEmpty()) {
+            record = unread; // what a log that was cut off ends with
+            unread.clear();
+            return !record.isEmpty();
+        }
+        unread += chunk;
+    }
+}
+
+bool log_reader::next()
+{
+    QByteArray bytes;
+    if (log_form == form::plain) {
+        bytes = file.readLine();
+        if (bytes.isEmpty()) {
+            return false;
+        }
+        if (bytes.endsWith('\n')) {
+            bytes.chop(1);
+        }
+        line_text = QString::fromLocal8Bit(bytes);
+    } else {
+        if (!next_record(bytes)) {
+            return false;
+        }
+        line_text = encryptor_string().decryptToString(QString::fromLatin1(bytes));
+        readable = !line_text.isEmpty(); // no empty line is ever enciphered
+    }
+    ++line_number;
+    return true;
+}
+
+log_failures failures_in(log_reader &log, int limit)
+{
+    static const QRegularExpression failure_mark(QStringLiteral("-+\\s*FAILED\\s*-+"));
+    log_failures failures;
+    const auto add = [&](const QString &line) {
+        if (failures.count++ < limit) {
+            failures.first += line;
+        }
+    };
+    if (!log.open()) {
+        add(QStringLiteral("the log cannot be read: %1").arg(log.error_text()));
+    }
+    while (log.next()) {
+        if (!log.is_readable()) {
+            add(QStringLiteral("record %1 of the log does not decipher").arg(log.number()));
+        } else if (log.line().contains(QLatin1String("FAILED")) && log.line().contains(failure_mark)) {
+            add(log.line());
+        }
+    }
+    return failures;
+}

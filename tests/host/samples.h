@@ -1,0 +1,32 @@
+/// What the test of mail-extract works on, and how it runs the program.
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+constexpr int patience_milliseconds = 60000;
+constexpr int sample_messages = 300;
+
+/// Fills the folder: "ios" is a whole source, "mac", "windows", "backup" and "two" have what sources are recognised by,
+/// "bare" has nothing, "shown" is a result folder with a small database. Out: whether all of that succeeded.
+bool make_samples(const QString &folder);
+
+/// Makes the file and its folders. Out: whether that succeeded.
+bool write_file(const QString &path, const QByteArray &content);
+
+/// Paths, sizes and times of everything below the folder: equal only where nothing was written.
+QStringList state_of(const QString &folder);
+
+struct finished_program
+{
+    int exit_code = -1; ///< -1: it crashed or did not end in time
+    QString output;
+    QString errors;
+};
+
+/// In: the working folder, the arguments with blanks between.
+void start_program(QProcess &process, const QString &folder, const QString &arguments);
+finished_program finish_program(QProcess &process);
+finished_program run_program(const QString &folder, const QString &arguments);
