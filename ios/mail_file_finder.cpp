@@ -26,10 +26,15 @@ QString mail_file_finder::find(const QString &global_message_id)
     if (!is_message_data_inside) {
         return QString();
     }
+    if (global_message_id == last_id && !global_message_id.isEmpty()) {
+        return last_path;
+    }
     const QString folder = message_data + global_message_id + QLatin1Char('/');
     const QByteArray found =
         is_plain_name(global_message_id) ? find_in_named_folder(folder) : find_in_unusual_folder(folder);
-    return found.isEmpty() ? QString() : folder + QFile::decodeName(found);
+    last_id = global_message_id;
+    last_path = found.isEmpty() ? QString() : folder + QFile::decodeName(found);
+    return last_path;
 }
 
 QByteArray mail_file_finder::find_in_named_folder(const QString &folder)

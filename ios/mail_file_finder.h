@@ -29,5 +29,7 @@ private:
     QString message_data;
     bool is_message_data_inside = false;
     const std::atomic<bool> &is_cancelled;
+    QString last_id; // a mail of several mailboxes stands in rows next to each other, under one id
+    QString last_path;
     QHash<QString, QByteArray> walked; // canonical path of a folder that no plain name led to: what was found in it
 };

@@ -7,7 +7,6 @@
 #include "ios/mail_file_finder.h"
 #include "services/plugin_helper_functions.h"
 
-#include <QFileInfo>
 #include <QSet>
 #include <QStringList>
 
@@ -220,7 +219,7 @@ void mail_ios_uniform::extract_mail_messages()
             {"flagged", message->flagged},
             {"conversation_id", message->conversation_id},
             {"row_id", message->row_id},
-            {"emlx_file_name", QFileInfo(message->mail_file).fileName()},
+            {"emlx_file_name", message->mail_file.mid(message->mail_file.lastIndexOf(QLatin1Char('/')) + 1)},
             {"emlx_file_path", relative_path(message->mail_file)},
             {"source_file", source_file},
             {"source_count_name", source_count_name},

@@ -1,5 +1,6 @@
 // The plug-in object: run state, dispatch, progress, cancelling, and the result database that it makes and clears.
 #include "core/plugin_static_function.h"
+#include "core/result_schema.h"
 #include "evidence/ios_file_tree.h"
 #include "tests/support/host_run.h"
 
@@ -44,6 +45,7 @@ class test_plugin_object : public QObject
 
 private Q_SLOTS:
     void schema_is_that_of_the_hosts();
+    void every_table_is_documented();
     void tables_made_twice_keep_their_rows();
     void result_directory_with_and_without_slash_data();
     void result_directory_with_and_without_slash();
@@ -80,6 +82,16 @@ void test_plugin_object::schema_is_that_of_the_hosts()
     const QString difference = difference_to_expected(statements.join(QLatin1Char('\n')) + QLatin1Char('\n'),
                                                       QStringLiteral(EXPECTED_FOLDER "/schema.sql"));
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
+}
+
+void test_plugin_object::every_table_is_documented()
+{
+    QFile page(QStringLiteral(SOURCE_FOLDER "/docs/tables.md"));
+    QVERIFY(page.open(QIODevice::ReadOnly));
+    const QByteArray text = page.readAll();
+    for (const result_table &table : result_tables) {
+        QVERIFY2(text.contains(QByteArray("| `") + table.name + "` |"), table.name);
+    }
 }
 
 void test_plugin_object::tables_made_twice_keep_their_rows()
