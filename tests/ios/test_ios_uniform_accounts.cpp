@@ -9,7 +9,8 @@
 
 #include <functional>
 
-Q_DECLARE_METATYPE(std::function<void(evidence::ios_file_tree &)>)
+using writing = std::function<void(evidence::ios_file_tree &)>;
+Q_DECLARE_METATYPE(writing)
 
 namespace {
 
@@ -74,7 +75,6 @@ private Q_SLOTS:
 
 void test_ios_uniform_accounts::sources_data()
 {
-    using writing = std::function<void(ios_file_tree &)>;
     QTest::addColumn<writing>("write");
     QTest::addColumn<QString>("rows");
     QTest::addColumn<QStringList>("log");
@@ -171,7 +171,7 @@ void test_ios_uniform_accounts::sources_data()
 
 void test_ios_uniform_accounts::sources()
 {
-    QFETCH(std::function<void(ios_file_tree &)>, write);
+    QFETCH(writing, write);
     QFETCH(QString, rows);
     QFETCH(QStringList, log);
     QTemporaryDir folder;

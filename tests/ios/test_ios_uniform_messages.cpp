@@ -18,7 +18,8 @@
 
 #include <sys/stat.h>
 
-Q_DECLARE_METATYPE(std::function<void(const evidence::ios_file_tree &)>)
+using damage = std::function<void(const evidence::ios_file_tree &)>;
+Q_DECLARE_METATYPE(damage)
 
 namespace {
 
@@ -213,7 +214,6 @@ void test_ios_uniform_messages::several_mail_files_give_the_last_met()
 
 void test_ios_uniform_messages::damaged_indexes_data()
 {
-    using damage = std::function<void(const ios_file_tree &)>;
     QTest::addColumn<damage>("damage_tree");
     QTest::addColumn<QStringList>("log"); // of the operation; an entry that ends in "…" is the begin of a line
     const QString starts = QStringLiteral("Starts");
@@ -255,7 +255,6 @@ void test_ios_uniform_messages::damaged_indexes_data()
 
 void test_ios_uniform_messages::damaged_indexes()
 {
-    using damage = std::function<void(const ios_file_tree &)>;
     QFETCH(damage, damage_tree);
     QFETCH(QStringList, log);
     QTemporaryDir folder;
