@@ -32,6 +32,14 @@ void extractor_frame::store_destination_location(const QString &result_directory
     destination_db_path_QString = destination_db_path;
 }
 
+QString extractor_frame::behind_source_root(const QString &path) const
+{
+    const QString relative =
+        path.startsWith(source_root_path_QString) ? path.mid(source_root_path_QString.size()) : path;
+    return relative.startsWith(QLatin1Char('/')) || relative.trimmed().isEmpty() ? relative
+                                                                                 : QLatin1Char('/') + relative;
+}
+
 void extractor_frame::run_extraction(const std::function<void()> &extract_plugin_artifacts)
 {
     signal_timer_QElapsedTimer->start();

@@ -34,6 +34,10 @@ protected:
     void store_destination_location(const QString &result_directory, const QString &tmp_directory,
                                     const QString &destination_db_path);
 
+    /// A path of the source as it stands in the rows: without the source root, with "/" in front; a path that does not
+    /// begin with the root gets the "/" all the same, a blank one stays as it is.
+    QString behind_source_root(const QString &path) const;
+
     /// Starts the clock of the throttled signal, runs the extractor's tabs, reports the final count.
     void run_extraction(const std::function<void()> &extract_plugin_artifacts);
     /// One of the three engines; without one no tab runs.

@@ -34,6 +34,13 @@ struct struct_used_dates
     QString last_date;      ///< last of used_dates
 };
 
+/// A path as it stands in the two columns of a result row.
+struct artifact_source_file
+{
+    QString source_file;
+    QString artifacts_relation_source_file; ///< empty unless the source is a home folder
+};
+
 class plugin_static_function : public QWidget
 {
 public:
@@ -90,6 +97,26 @@ public:
 
     /// Out: the enciphered record of a text; empty for an empty text.
     static QString encrypt_string(const QString &text, const QString &caller);
+
+    // --- Source paths (services/plugin_static_function_paths.cpp) ----------------------------------------------------
+    // A source of the type "macOS_Home_Directory" is a single home folder: its paths are kept relative to the home. All
+    // three give a path that is not blank a "/" in front.
+
+    /// Out: the path with the user of the current source in place of the one stored in it ("/Users/old/…").
+    static QString get_complete_file_path(const QString &path, const QString &system_user, const QString &source_type);
+    /// Out: of a home-folder source, what stands behind the first occurrence of the user; else the path.
+    static QString get_relative_file_path(const QString &path, const QString &system_user, const QString &source_type);
+    /// Out: the relative path and, of a home-folder source, the unchanged one.
+    static artifact_source_file get_final_artifact_source_file(const QString &path, const QString &system_user,
+                                                               const QString &source_type);
+    /// Out: the account to whom a path such as root + "Users/alice/Library" belongs, with the domain that the host told
+    /// for it; empty without accounts and for a path of fewer than two parts.
+    static struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_system_account
+    extract_user_name_from_sourcefile(const QString &path, const QString &source_root);
+    /// Out: the entries of the first list that the second does not hold, in their order; those so far when the
+    /// extraction is cancelled.
+    static QStringList get_unmatched_varible_list_of_parentlist(const QStringList &parent_list,
+                                                                const QStringList &other_list);
 
     // --- Time conversions (services/plugin_static_function_times.cpp) ------------------------------------------------
 

@@ -32,7 +32,7 @@ row_writer::row_writer(extractor_frame &extractor, result_session &result, const
 {
 }
 
-bool row_writer::prepare(std::initializer_list<column_value> values)
+bool row_writer::prepare(const row_values &values)
 {
     if (statement.is_prepared() || !prepare_error.isNull()) {
         return statement.is_prepared();
@@ -49,7 +49,7 @@ bool row_writer::prepare(std::initializer_list<column_value> values)
     return statement.is_prepared();
 }
 
-bool row_writer::execute(std::initializer_list<column_value> values)
+bool row_writer::execute(const row_values &values)
 {
     if (!prepare(values)) {
         log.failure(texts, destination.database_name(), prepare_error, statement_text);
@@ -67,10 +67,10 @@ bool row_writer::execute(std::initializer_list<column_value> values)
     return is_inserted;
 }
 
-bool row_writer::insert(std::initializer_list<column_value> values)
+bool row_writer::insert(const row_values &values)
 {
     const bool is_inserted = execute(values);
-    if (is_inserted || counted == row_count::attempted) {
+    if ((is_inserted && counted == row_count::inserted) || counted == row_count::attempted) {
         frame.count_row();
     }
     return is_inserted;

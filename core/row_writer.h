@@ -7,7 +7,7 @@
 
 #include <QString>
 
-#include <initializer_list>
+#include <vector>
 
 class extractor_frame;
 
@@ -18,11 +18,14 @@ struct column_value
     QString value;
 };
 
-/// Which rows the record count takes in.
+using row_values = std::vector<column_value>;
+
+/// Which rows the record count takes in. None: rows that serve another tab only.
 enum class row_count
 {
     inserted,
-    attempted
+    attempted,
+    none
 };
 
 class row_writer
@@ -35,11 +38,11 @@ public:
 
     /// Inserts a row of the values for the statement's "?", in their order. Out: whether the row stands. A failure
     /// is logged with the texts.
-    bool insert(std::initializer_list<column_value> values);
+    bool insert(const row_values &values);
 
 private:
-    bool prepare(std::initializer_list<column_value> values);
-    bool execute(std::initializer_list<column_value> values);
+    bool prepare(const row_values &values);
+    bool execute(const row_values &values);
 
     extractor_frame &frame;
     result_session &destination;

@@ -61,7 +61,7 @@ void write_file(const QString &path, const QByteArray &content)
 
 QString folder_of(const QString &path)
 {
-    return path.left(path.lastIndexOf(QLatin1Char('/')));
+    return path.section(QLatin1Char('/'), 0, -2);
 }
 
 } // namespace evidence

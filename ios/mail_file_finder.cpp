@@ -16,7 +16,7 @@ bool is_plain_name(const QString &name)
 
 mail_file_finder::mail_file_finder(const QString &root, const QString &message_data_folder,
                                    const std::atomic<bool> &cancel_flag)
-    : source_root(root), message_data(message_data_folder), is_message_data_inside(stands_below(root, message_data)),
+    : source(root), message_data(message_data_folder), is_message_data_inside(source.contains(message_data)),
       is_cancelled(cancel_flag)
 {
 }
@@ -62,7 +62,7 @@ QByteArray mail_file_finder::last_mail_file(folder_walk &walk) const
 // times. Each folder is walked once, and only inside the source.
 QByteArray mail_file_finder::find_in_unusual_folder(const QString &folder)
 {
-    if (!stands_below(source_root, folder)) {
+    if (!source.contains(folder)) {
         return QByteArray();
     }
     const QString canonical = QFileInfo(folder).canonicalFilePath();

@@ -25,7 +25,7 @@ private:
     QByteArray find_in_unusual_folder(const QString &folder);
     QByteArray last_mail_file(folder_walk &walk) const;
 
-    QString source_root;
+    source_boundary source;
     QString message_data;
     bool is_message_data_inside = false;
     const std::atomic<bool> &is_cancelled;

@@ -67,12 +67,5 @@ void mail_ios_uniform::extract_plugin_artifacts()
 
 QString mail_ios_uniform::relative_path(const QString &path) const
 {
-    QString relative = path.trimmed();
-    if (relative.startsWith(source_root_path_QString)) {
-        relative.remove(0, source_root_path_QString.size());
-    }
-    if (!relative.startsWith(QLatin1Char('/')) && !relative.trimmed().isEmpty()) {
-        relative.prepend(QLatin1Char('/'));
-    }
-    return relative;
+    return behind_source_root(path.trimmed());
 }

@@ -1,4 +1,4 @@
-// Settings of the extractor. It reads no source yet: it finds and extracts nothing.
+// Settings of the extractor. Fills no table itself.
 #include "macos/mail_macos.h"
 
 mail_macos::mail_macos(QWidget *parent)
@@ -11,6 +11,7 @@ mail_macos::mail_macos(QWidget *parent)
 void mail_macos::macos_set_source_info(const struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_source_info &source_info)
 {
     store_source_info(source_info);
+    source = source_boundary(source_root_path_QString);
     for (const struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_system_account &account : source_info.system_account_QList) {
         system_user_QStringList.append(account.system_user);
     }
@@ -22,11 +23,4 @@ void mail_macos::macos_set_essential_for_trawl_bench_extraction(const QStringLis
 {
     selected_tabs_QStringList = tabs;
     selected_tabs_QStringList.append(QStringLiteral("emlx_parser_data"));
-}
-
-void mail_macos::macos_find_artifacts_source() {}
-
-void mail_macos::macos_extract_artifacts()
-{
-    run_extraction([] {});
 }

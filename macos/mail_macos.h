@@ -2,7 +2,23 @@
 #pragma once
 
 #include "core/extractor_frame.h"
+#include "core/row_writer.h"
+#include "macos/file_facts.h"
 #include "services/property_list.h"
+#include "services/source_files.h"
+
+#include <QHash>
+
+#include <initializer_list>
+
+/// Rows of a result table by their ids, both ends included; none when the last is before the first.
+struct row_range
+{
+    qint64 first = 0;
+    qint64 last = -1;
+
+    bool contains(qint64 row_id) const { return row_id >= first && row_id <= last; }
+};
 
 class mail_macos : public extractor_frame
 {
@@ -35,7 +51,8 @@ public:
     void macos_set_engine_type(int engine_type) { engine_type_int = engine_type; }
     void macos_cancel_extraction() { cancel_extraction_bool = true; }
     void macos_set_source_count(int source_count) { source_count_int = source_count; }
-    void macos_set_extended_attributes_list(const QStringList &names) { extended_attributes_QStringList = names; }
+    /// Keeps the names that have no columns of their own.
+    void macos_set_extended_attributes_list(const QStringList &names);
 
     /// Finds the source files below the source root.
     void macos_find_artifacts_source();
@@ -62,6 +79,137 @@ protected:
                                      const QString &label) const;
 
 private:
+    // --- Sources: mail_macos_sources.cpp -----------------------------------------------------------------------------
+    void find_source_file();
+    void filter_extended_attribute_list();
+
+    // --- Driver: mail_macos_driver.cpp -------------------------------------------------------------------------------
+    /// Out: the user whose home folder a source file lies in; empty when it lies in none.
+    QString extract_user_name_from_plist(const QString &path) const;
+    void extract_plugin_artifacts();
+    /// The tabs. Out: false when the extraction was cancelled in one of them, which then is not finished.
+    bool extract_selected_tabs();
+    bool extract_signature_tab();
+    bool extract_accounts_tab();
+    bool extract_vip_contacts_tab();
+    bool extract_rules_tab();
+    bool extract_smart_mailboxes_tab();
+    bool extract_preferences_tab();
+    bool extract_messages_tab();
+    bool extract_all_attachments_tab();
+    bool extract_open_attachments_tab();
+    /// Their steps over a list of source files, with the same result.
+    template <typename operation>
+    bool for_each_source(const QStringList &files, operation extract);
+    bool extract_signatures(const QStringList &files, std::initializer_list<const char *> signature_folders);
+    bool update_signatures(const QStringList &files);
+    bool extract_signatures_of_v3_for_accounts();
+    bool extract_accounts(const QStringList &mail_folders, const QStringList &databases,
+                          bool deletes_signatures_when_cancelled);
+    bool extract_messages_of_later_index(const QString &index, const QString &mail_folder, bool stops_behind_emlx_list);
+    bool extract_attachments_of_later_index(const QString &index, const QString &mail_folder);
+    bool extract_attachments_of_earlier_index(const QString &index);
+    bool finish_attachments_of_index();
+    /// The folder of the store that an index of V4 to V9 belongs to: the newest that its user has.
+    QString mail_folder_of_later_index(const QString &index) const;
+    QString user_home_of(const QString &index) const;
+    void delete_rows(const char *statement) const;
+
+    // --- Configuration: mail_macos_configuration.cpp -----------------------------------------------------------------
+    void xcode_extract_allsignature(const QString &file, const QString &user, const QString &destination_db,
+                                    const QString &source_root, const QString &signature_folder);
+    void xcode_extract_updatesignature(const QString &file, const QString &user, const QString &destination_db,
+                                       const QString &source_root);
+    void extract_accounts_for_11_12(const QString &mail_folder, const QString &account_database, const QString &user,
+                                    int position);
+    void extract_xcode_accounts(const QString &source_root, const QString &file, const QString &user,
+                                const QString &destination_db);
+    void xcode_extract_vip_list(const QString &file, const QString &user, const QString &destination_db,
+                                const QString &source_root);
+    void xcode_extract_vip_list_15(const QString &file, const QString &user, const QString &destination_db,
+                                   const QString &source_root);
+    void xcode_extract_syncedrule(const QString &file, const QString &user, const QString &destination_db,
+                                  const QString &source_root);
+    void xcode_extract_smartbox(const QString &file, const QString &user, const QString &destination_db,
+                                const QString &source_root);
+    void xcode_extract_preferences(const QString &file, const QString &user, const QString &destination_db,
+                                   const QString &source_root);
+    void xcode_extract_composing_addressing_prefs(const QString &file, const QString &user,
+                                                  const QString &destination_db, const QString &source_root);
+
+    // --- Table emlx_list: mail_macos_emlx.cpp ------------------------------------------------------------------------
+    /// Lists the mail files below a store folder of V3 to V9.
+    void extract_emlx_file_location_11(const QString &mail_folder);
+    /// Lists the mail files of the V2 stores of all users.
+    void extract_emlx_file_location();
+
+    // --- Facts about a file: mail_macos_extended_attributes.cpp -----------------------------------------------------
+    /// The attributes that have columns of their own; empty fields for what the file does not carry.
+    struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes(const QString &file_path) const;
+    /// Those that link a downloaded attachment with its message.
+    struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes_mail(const QString &file_path) const;
+    /// The attributes of the lists, one list a path: the values for search and the XML document. Both are empty when
+    /// the extraction is cancelled.
+    extended_attributes get_extended_attributes(const QStringList &file_paths,
+                                                const QList<QStringList> &attribute_names) const;
+    /// All that the result tables say of a file beside its content. A path that is empty, that nothing stands at, or
+    /// that leads out of the source, by a link or otherwise, is a file that is not there.
+    macos_file_facts facts_of(const QString &file_path) const;
+    /// The columns source_count_name and os_scheme_display, behind those of the extended attributes.
+    void append_closing_columns(row_values &row, const macos_file_facts &facts) const;
+
+    // --- Table messages: mail_macos_messages.cpp, mail_macos_messages_v2.cpp -----------------------------------------
+    void extract_messages_11_12();
+    void extract_messages();
+
+    // --- Table all_attachments: mail_macos_attachments.cpp -----------------------------------------------------------
+    void extract_allattachments_details_11_12();
+    void extract_allattachments_details();
+
+    // --- Table open_attachments: mail_macos_open_attachments.cpp -----------------------------------------------------
+    void extract_open_attachment_11_12(const QString &folder, const QString &user);
+    void extract_xcode_open_attachments(const QString &file, const QString &user, const QString &destination_db,
+                                        const QString &source_root);
+
+    source_boundary source{QString()};   // the root of the source in hand
     QStringList system_user_QStringList; // users of all sources so far, each once
     QStringList extended_attributes_QStringList;
+
+    // The source files that were found, by user and, within a user, by generation of the store.
+    QStringList mail_preferences_plist_QStringList;
+    QStringList mail_shared_plist_QStringList;
+    QStringList accounts3_db_QStringList;
+    QStringList accounts4_db_QStringList;
+    QStringList mail_folder_v3_QStringList;
+    QStringList mail_folder_v4_to_v9_QStringList;
+    QStringList vip_plist_v3_QStringList;
+    QStringList vip_plist_v4_to_v6_QStringList;
+    QStringList vip_plist_v7_to_v9_QStringList;
+    QStringList smart_mailboxes_plist_v3_QStringList;
+    QStringList smart_mailboxes_plist_v4_to_v9_QStringList;
+    QStringList synced_rules_plist_v3_QStringList;
+    QStringList synced_rules_plist_v4_to_v9_QStringList;
+    QStringList accounts_map_plist_v3_QStringList;
+    QStringList accounts_map_plist_v4_QStringList;
+    QStringList accounts_map_plist_v5_to_v9_QStringList;
+    QStringList all_signatures_plist_v3_QStringList;
+    QStringList all_signatures_plist_v4_QStringList;
+    QStringList all_signatures_plist_v5_to_v9_QStringList;
+    QStringList envelope_index_v2_QStringList;
+    QStringList envelope_index_v3_QStringList;
+    QStringList envelope_index_v4_to_v9_QStringList;
+    QStringList accounts_plist_v2_QStringList;
+    QStringList opened_attachments_v2_plist_QStringList;
+    QStringList opened_attachments_plist_QStringList;
+    QStringList mail_downloads_folder_QStringList;
+
+    // The index in hand, for the operations of messages and attachments, and which rows of the table messages the
+    // indexes of this run have given.
+    QStringList current_index_v2_QStringList;
+    QStringList current_index_v3_to_v9_QStringList;
+    QHash<QString, row_range> message_rows_of_index;
+
+    bool have_messages_run = false;         // whether the tab messages has filled its table in this run
+    bool count_signature_rows_bool = false; // whether rows of the table signature count as extracted records
+    bool count_message_rows_bool = false;   // whether rows of the table messages do
 };

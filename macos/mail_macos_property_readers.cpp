@@ -1,6 +1,7 @@
 // Property lists: the readers that turn the value under a key into a row text. Fills no table itself.
 #include "core/plugin_static_function.h"
 #include "macos/mail_macos.h"
+#include "services/property_list_readers.h"
 
 QString mail_macos::get_prefs_nsstring_values(const QString &key, const property_list_value &dictionary,
                                               const QString &label) const
@@ -17,7 +18,5 @@ QString mail_macos::get_prefs_nsnumber_values(const QString &key, const property
 QString mail_macos::get_prefs_nsarray_values(const QString &key, const property_list_value &dictionary,
                                              const QString &label) const
 {
-    // This reader obeys the extractor's own cancel flag; the shared one obeys that of the shared services.
-    return cancel_extraction_bool ? QString()
-                                  : plugin_static_function::get_nsarray_key_and_values(key, dictionary, label);
+    return labelled_texts_of_array(dictionary.object_for_key(key), label, cancel_extraction_bool);
 }

@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QFileInfo>
+#include <QLocale>
 #include <QStringList>
 
 #include <cmath>
@@ -36,8 +37,14 @@ QString describe_number(const property_list_value &number)
 
 QString describe_date(const property_list_value &date)
 {
-    const auto seconds = static_cast<qint64>(std::floor(date.time_interval_since_1970()));
-    return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) +
+    const double seconds = std::floor(date.time_interval_since_1970());
+    constexpr double end_of_year_9999 = 253402300799.0;
+    if (!(std::abs(seconds) <= end_of_year_9999)) {
+        return QString(); // no date that could be printed
+    }
+    // Digits as in English whatever the locale: the description is cut up again.
+    return QLocale::c().toString(QDateTime::fromSecsSinceEpoch(static_cast<qint64>(seconds), Qt::UTC),
+                                 QStringLiteral("yyyy-MM-dd hh:mm:ss")) +
            QLatin1String(" +0000");
 }
 

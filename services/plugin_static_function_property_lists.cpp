@@ -2,17 +2,11 @@
 #include "core/plugin_static_function.h"
 #include "services/file_metadata.h"
 #include "services/property_list.h"
+#include "services/property_list_readers.h"
 
 #include <cmath>
 
 namespace {
-
-const QLatin1String label_separator(":+:");
-
-QString labelled(const QString &label, const QString &value)
-{
-    return label + label_separator + value;
-}
 
 // A number as the readers take it: the real, cut towards zero.
 qint64 truncated(const property_list_value &number)
@@ -84,18 +78,7 @@ QString plugin_static_function::get_nsnumber_key_and_value_yes_no(const QString 
 QString plugin_static_function::get_nsarray_key_and_values(const QString &key, const property_list_value &dictionary,
                                                            const QString &label)
 {
-    const property_list_value value = dictionary.object_for_key(key);
-    if (!value.is_array()) {
-        return QString();
-    }
-    QStringList texts;
-    for (const property_list_value &element : value.elements()) {
-        if (bool_cancel_extraction) {
-            return QString();
-        }
-        texts.append(element.text().trimmed());
-    }
-    return labelled(label, texts.join(QLatin1Char(';')));
+    return labelled_texts_of_array(dictionary.object_for_key(key), label, bool_cancel_extraction);
 }
 
 QString plugin_static_function::convert_cfstring_to_qstring(const property_list_value &string)
@@ -109,7 +92,9 @@ qint64 plugin_static_function::convert_nsdate_to_epoch(const property_list_value
     if (date.get_kind() == property_list_value::kind::none || !object.is_date()) {
         return 0;
     }
-    return static_cast<qint64>(std::floor(date.time_interval_since_1970())); // the fraction of a second is dropped
+    const double seconds = std::floor(date.time_interval_since_1970()); // the fraction of a second is dropped
+    constexpr double limit = 9223372036854775808.0;                     // two to the 63rd
+    return seconds > -limit && seconds < limit ? static_cast<qint64>(seconds) : 0;
 }
 
 struct_used_dates plugin_static_function::extract_used_date(const QString &file_path)

@@ -3,11 +3,12 @@
 #include "services/property_list_guard.h"
 #include "services/source_files.h"
 
-#include <QDateTime>
 #include <QLocale>
+#include <QtEndian>
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include <plist/plist.h>
@@ -33,8 +34,8 @@ QString text_of(const char *bytes, int size)
                : text;
 }
 
-// What the library writes between the tags of a scalar. It knows more there than its getters tell: whether an integer
-// of 64 bits is negative, and dates beyond the range of 32 bits.
+// What the library writes between the tags of a scalar. It tells there what its getter does not: whether an integer of
+// 64 bits is negative.
 QByteArray written_form_of(plist_t node)
 {
     char *xml = nullptr;
@@ -55,12 +56,22 @@ QString integer_text_of(plist_t node)
     return value >> 63 ? QString::fromLatin1(written_form_of(node)) : QString::number(value);
 }
 
-double clamped_date(plist_t node)
+// A date in seconds since 2001. The getter cuts it to 32 bits and loses the sign of its fraction, the written form of
+// XML loses the fraction; in the binary form it stands whole, behind the header and the kind of the one object.
+double seconds_since_2001_of(plist_t node)
 {
-    int32_t seconds = 0;
-    int32_t microseconds = 0;
-    plist_get_date_val(node, &seconds, &microseconds);
-    return seconds + microseconds / 1e6;
+    constexpr int date_at = 8 + 1;
+    char *binary = nullptr;
+    uint32_t length = 0;
+    plist_to_bin(node, &binary, &length);
+    const c_text owner(binary);
+    if (length < date_at + sizeof(quint64)) {
+        return 0.0;
+    }
+    const quint64 bits = qFromBigEndian<quint64>(binary + date_at);
+    double seconds = 0.0;
+    std::memcpy(&seconds, &bits, sizeof seconds);
+    return seconds;
 }
 
 } // namespace
@@ -238,17 +249,7 @@ QString property_list_value::string_value() const
 
 double property_list_value::time_interval_since_1970() const
 {
-    if (!is_date()) {
-        return 0.0;
-    }
-    const double seconds = clamped_date(node);
-    // The getter casts to 32 bits; a date that does not fit (the far future that stands for "never") comes out as a
-    // limit.
-    if (seconds <= std::numeric_limits<int32_t>::min() + 1.0 || seconds >= std::numeric_limits<int32_t>::max()) {
-        const QDateTime date = QDateTime::fromString(QString::fromLatin1(written_form_of(node)), Qt::ISODate);
-        return static_cast<double>(date.toMSecsSinceEpoch()) / 1000.0;
-    }
-    return seconds + seconds_from_1970_to_2001;
+    return is_date() ? seconds_since_2001_of(node) + seconds_from_1970_to_2001 : 0.0;
 }
 
 QByteArray property_list_value::data() const

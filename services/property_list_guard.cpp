@@ -86,7 +86,8 @@ public:
         object_count = number_at(trailer + 8, 8);
         root = number_at(trailer + 16, 8);
         table_at = number_at(trailer + 24, 8);
-        return table_at < trailer && object_count <= (trailer - table_at) / offset_size && root < object_count;
+        return table_at < trailer && object_count <= (trailer - table_at) / offset_size && root < object_count &&
+               object_count <= unfolded_size_limit / node_size;
     }
 
     std::optional<object_outline> outline_of(quint64 object) const

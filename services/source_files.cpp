@@ -4,6 +4,7 @@
 #include <QFileInfo>
 
 #include <cerrno>
+#include <climits>
 #include <memory>
 #include <utility>
 
@@ -58,6 +59,25 @@ ssize_t read_block(int descriptor, char *data, std::size_t size)
         count = ::read(descriptor, data, size);
     } while (count < 0 && errno == EINTR);
     return count;
+}
+
+// The path of what stands there with all links followed; empty when nothing does. The kernel knows it of every open
+// file, which is cheaper than asking for each folder of the path; where it does not tell, the folders are asked.
+QByteArray canonical_path(const QString &path)
+{
+#ifdef O_PATH
+    const file_descriptor file(::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC));
+    if (!file.is_open()) {
+        return QByteArray();
+    }
+    const QByteArray link = "/proc/self/fd/" + QByteArray::number(file.get());
+    QByteArray target(PATH_MAX, Qt::Uninitialized);
+    const ssize_t length = ::readlink(link.constData(), target.data(), static_cast<std::size_t>(target.size()));
+    if (length > 0 && target.at(0) == '/') {
+        return target.left(static_cast<int>(length));
+    }
+#endif
+    return QFile::encodeName(QFileInfo(path).canonicalFilePath());
 }
 
 struct folder_closer
@@ -146,17 +166,16 @@ QByteArray read_source_file(const QString &path, qint64 size_limit)
     return content;
 }
 
-bool stands_below(const QString &root, const QString &path)
+source_boundary::source_boundary(const QString &root) : canonical_root(canonical_path(root))
 {
-    QString canonical_root = QFileInfo(root).canonicalFilePath();
-    const QString canonical_path = QFileInfo(path).canonicalFilePath(); // empty when nothing stands there
-    if (canonical_root.isEmpty() || canonical_path.isEmpty()) {
-        return false;
+    if (!canonical_root.isEmpty() && !canonical_root.endsWith('/')) {
+        canonical_root += '/';
     }
-    if (!canonical_root.endsWith(QLatin1Char('/'))) {
-        canonical_root += QLatin1Char('/');
-    }
-    return canonical_path.startsWith(canonical_root);
+}
+
+bool source_boundary::contains(const QString &path) const
+{
+    return !canonical_root.isEmpty() && canonical_path(path).startsWith(canonical_root);
 }
 
 folder_walk::folder_walk(const QString &folder, links policy) : folder_path(QFile::encodeName(folder))

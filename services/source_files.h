@@ -45,9 +45,26 @@ bool copy_source_file(const QString &source, const QString &copy, links policy =
 /// Out: the whole content of a regular file; null when it cannot be read or is larger than the limit (bytes).
 QByteArray read_source_file(const QString &path, qint64 size_limit);
 
-/// Out: whether something stands at the path and, links followed, lies below the root. What evidence names outside its
-/// own root belongs to the examiner's machine.
-bool stands_below(const QString &root, const QString &path);
+/// The root folder of a source, which nothing that evidence names may lead out of: what lies outside belongs to the
+/// examiner's machine.
+class source_boundary
+{
+public:
+    /// A root that is not there contains nothing.
+    explicit source_boundary(const QString &root);
+
+    /// Out: whether something stands at the path and, all links followed, lies below the root.
+    bool contains(const QString &path) const;
+
+private:
+    QByteArray canonical_root; // with a slash behind; empty when there is none
+};
+
+/// The same for a single path.
+inline bool stands_below(const QString &root, const QString &path)
+{
+    return source_boundary(root).contains(path);
+}
 
 /// Walks a folder with all its subfolders, depth first, in the order in which the file system lists them: each entry is
 /// met before what stands below it. Hidden entries are passed over; links are met but not followed.

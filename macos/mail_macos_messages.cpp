@@ -1,0 +1,3 @@
+#include "macos/mail_macos.h"
+
+void mail_macos::extract_messages_11_12() {}
