@@ -19,7 +19,7 @@ namespace bench {
 namespace {
 
 const auto child_word = QStringLiteral("--child");
-constexpr int argument_count = 8;
+constexpr int argument_count = 9;
 constexpr int report_descriptor = 3;
 constexpr double kilobytes_per_megabyte = 1024;
 
@@ -31,6 +31,7 @@ QStringList arguments_of(const child_job &job)
             job.root,
             job.result_directory,
             QString::number(job.size),
+            QString::number(job.emlx_count),
             QString::number(job.rows_in_wal ? 1 : 0)};
 }
 
@@ -42,7 +43,8 @@ child_job job_of(const QStringList &arguments)
     job.root = arguments.at(4);
     job.result_directory = arguments.at(5);
     job.size = arguments.at(6).toLongLong();
-    job.rows_in_wal = arguments.at(7) == QLatin1String("1");
+    job.emlx_count = arguments.at(7).toLongLong();
+    job.rows_in_wal = arguments.at(8) == QLatin1String("1");
     return job;
 }
 
@@ -101,8 +103,8 @@ void do_job(const child_job &job)
     stopwatch watch;
     switch (job.who) {
     case role::evidence:
-        work.make_evidence(job.root, job.size,
-                           job.rows_in_wal ? evidence::sqlite_storage::wal_only : evidence::sqlite_storage::plain);
+        work.make_evidence({job.root, job.size, job.emlx_count,
+                            job.rows_in_wal ? evidence::sqlite_storage::wal_only : evidence::sqlite_storage::plain});
         ::sync(); // the runs to come shall not wait for the evidence to reach the disk
         watch.lap("evidence");
         break;

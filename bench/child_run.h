@@ -21,6 +21,7 @@ struct child_job
     QString root;             ///< of the evidence, ending in a slash
     QString result_directory; ///< ending in a slash; floor and plug-in
     qint64 size = 0;          ///< evidence
+    qint64 emlx_count = -1;   ///< evidence; negative: as it has it
     bool rows_in_wal = false; ///< evidence
 };
 

@@ -28,7 +28,8 @@ constexpr int exit_unusable = 2;
 struct bench_request
 {
     QVector<const work *> works;
-    QVector<qint64> sizes; ///< empty: each work's own
+    QVector<qint64> sizes;  ///< empty: each work's own
+    qint64 emlx_count = -1; ///< negative: as the evidence has it
     int runs = 0;
     bool is_check = false;
     bool rows_in_wal = false;
@@ -51,6 +52,9 @@ void add_options(QCommandLineParser &parser)
     parser.addPositionalArgument(QStringLiteral("WORK"), QStringLiteral("what to measure"));
     parser.addOptions(
         {{QStringLiteral("size"), QStringLiteral("how many items; several sizes show the growth"), QStringLiteral("N")},
+         {QStringLiteral("emlx"),
+          QStringLiteral("how many mail files a macOS store has, nearly one a message unless told"),
+          QStringLiteral("N")},
          {QStringLiteral("runs"), QStringLiteral("counted runs each, 5 unless told"), QStringLiteral("N"),
           QStringLiteral("5")},
          {QStringLiteral("dir"), QStringLiteral("where the evidence and the results are written for the time being"),
@@ -93,6 +97,9 @@ bench_request request_of(const QCommandLineParser &parser)
         request.sizes.append(count_of(QStringLiteral("size"), size));
     }
     std::sort(request.sizes.begin(), request.sizes.end());
+    if (parser.isSet(QStringLiteral("emlx"))) {
+        request.emlx_count = count_of(QStringLiteral("emlx"), parser.value(QStringLiteral("emlx")));
+    }
     request.runs = static_cast<int>(count_of(QStringLiteral("runs"), parser.value(QStringLiteral("runs"))));
     request.is_check = parser.isSet(QStringLiteral("check"));
     request.rows_in_wal = parser.isSet(QStringLiteral("wal"));
@@ -148,6 +155,7 @@ int run_request(const bench_request &request)
     measurement_plan plan;
     plan.runs = request.runs;
     plan.rows_in_wal = request.rows_in_wal;
+    plan.emlx_count = request.emlx_count;
     plan.folder = folder.path() + QLatin1Char('/');
     if (!request.is_check) {
         print_header();

@@ -10,6 +10,7 @@ struct measurement_plan
 {
     const work *what = nullptr;
     qint64 size = 0;
+    qint64 emlx_count = -1; ///< mail files of the evidence; negative: as it has them
     int runs = 5;
     bool rows_in_wal = false; ///< the evidence's databases hold their rows in "-wal"
     QString folder;           ///< an existing one, ending in a slash; everything is written below it
@@ -32,7 +33,7 @@ struct measurement
 };
 
 /// Makes the evidence, then runs floor and plug-in in turn: a warm-up each, then the counted runs. A run that does not
-/// give `size` rows throws evidence::evidence_error, as everything that fails does.
+/// give the rows due throws evidence::evidence_error, as everything that fails does.
 measurement measure(const measurement_plan &plan);
 
 /// Runs both once. Out: the first difference of their rows as a sentence, or an empty text.

@@ -30,6 +30,9 @@ void describe_source(mail &plugin, const work &work, const QString &root)
     source.source_root_path_QString = root;
     source.os_scheme_display_QString = QLatin1String(scheme_display);
     source.os_scheme_internal_QString = QLatin1String(work.scheme);
+    if (work.user != nullptr) {
+        source.system_account_QList.append({QLatin1String(work.user), QString()});
+    }
     plugin.pub_set_essentials();
     plugin.pub_set_engine_type(0);
     plugin.pub_set_general_info(struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_general_info());

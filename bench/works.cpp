@@ -1,23 +1,35 @@
 #include "bench/works.h"
 
 #include "bench/ios_uniform_floor.h"
+#include "bench/macos_floor.h"
 #include "evidence/sample_ios_file_tree.h"
+#include "evidence/sample_macos_mail_tree.h"
 
 namespace bench {
 
 namespace {
 
 /// Short mails, since no work of this tree reads them: their folders are listed.
-void make_ios_file_tree(const QString &root, qint64 size, evidence::sqlite_storage storage)
+void make_ios_file_tree(const evidence_request &request)
 {
     evidence::sample_ios_file_tree_options options;
-    options.message_count = size;
-    options.storage = storage;
+    options.message_count = request.size;
+    options.storage = request.storage;
     options.emlx_text_characters = 60;
-    evidence::write_sample_ios_file_tree(root, options);
+    evidence::write_sample_ios_file_tree(request.root, options);
 }
 
-constexpr std::array<work, 1> works = {{
+void make_macos_store(const evidence_request &request)
+{
+    evidence::sample_macos_mail_tree_options options;
+    options.message_count = request.size;
+    options.emlx_count = request.emlx_count;
+    options.storage = request.storage;
+    options.is_single_store = true;
+    evidence::write_sample_macos_mail_tree(request.root, options);
+}
+
+constexpr std::array<work, 3> works = {{
     {"ios-uniform",
      "the messages of an iOS file system",
      "messages",
@@ -25,10 +37,38 @@ constexpr std::array<work, 1> works = {{
      make_ios_file_tree,
      "iOS_Uniform",
      "messages",
+     nullptr,
      run_ios_uniform_floor,
      "messages",
+     true,
      ios_uniform_columns,
      "CAST(row_id AS INTEGER)"},
+    {"macos-messages",
+     "the messages of a macOS mail store with their files",
+     "messages",
+     {10000, 100000},
+     make_macos_store,
+     "macOS",
+     "messages",
+     macos_user,
+     run_macos_messages_floor,
+     "messages",
+     true,
+     macos_message_columns,
+     "INT"},
+    {"macos-attachments",
+     "the attachments of a macOS mail store, without its messages",
+     "messages",
+     {10000, 100000},
+     make_macos_store,
+     "macOS",
+     "all_attachments",
+     macos_user,
+     run_macos_attachments_floor,
+     "all_attachments",
+     false,
+     macos_attachment_columns,
+     "INT"},
 }};
 
 } // namespace

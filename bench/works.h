@@ -10,6 +10,15 @@
 
 namespace bench {
 
+/// What the evidence of a run is to hold.
+struct evidence_request
+{
+    QString root;
+    qint64 size = 0;
+    qint64 emlx_count = -1; ///< mail files; negative: as the evidence has it. Works without mail files ignore it.
+    evidence::sqlite_storage storage = evidence::sqlite_storage::plain;
+};
+
 struct work
 {
     const char *name;
@@ -17,15 +26,17 @@ struct work
     const char *item; ///< what is counted
     std::array<qint64, 2> default_sizes;
 
-    void (*make_evidence)(const QString &root, qint64 size, evidence::sqlite_storage storage);
+    void (*make_evidence)(const evidence_request &request);
 
     const char *scheme; ///< what the plug-in is told
     const char *tab;
+    const char *user; ///< of the source; null: none is named
 
     /// Fills the table of the work in the database, which does not stand yet. In: the root, ending in a slash.
     void (*run_floor)(const QString &root, const QString &database_path, stopwatch &watch);
 
     const char *table;   ///< where the rows of both lie
+    bool is_row_an_item; ///< as many rows are due as items; else as many as the floor gives
     const char *columns; ///< those that both fill
     const char *key;     ///< tells the rows apart and orders them
 };

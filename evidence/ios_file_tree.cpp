@@ -35,38 +35,6 @@ const auto protected_schema = QStringLiteral(
 
 const auto mail_folder = QStringLiteral("private/var/mobile/Library/Mail/");
 
-QString without_blanks_at_end(const QString &text)
-{
-    int length = text.size();
-    while (length > 0 && text.at(length - 1) == QLatin1Char(' ')) {
-        --length;
-    }
-    return text.left(length);
-}
-
-/// SQLite's NOCASE folds the 26 letters of ASCII only.
-QString folded_address(QString address)
-{
-    for (QChar &character : address) {
-        if (character >= QLatin1Char('A') && character <= QLatin1Char('Z')) {
-            character = QChar(character.unicode() + ('a' - 'A'));
-        }
-    }
-    return address;
-}
-
-template <typename... value_types>
-qint64 row_id_of(QHash<QString, qint64> &known, const QString &key, row_inserter &insert, const value_types &...values)
-{
-    const auto found = known.constFind(key);
-    if (found != known.constEnd()) {
-        return *found;
-    }
-    const qint64 row_id = insert(values...);
-    known.insert(key, row_id);
-    return row_id;
-}
-
 } // namespace
 
 struct ios_file_tree::statements
@@ -106,18 +74,17 @@ qint64 ios_file_tree::add_mailbox(const QString &url)
 
 qint64 ios_file_tree::add_subject(const QString &subject)
 {
-    return row_id_of(subjects, without_blanks_at_end(subject), inserts->subject, subject);
+    return row_id_of(subjects, text_key(subject), inserts->subject, subject);
 }
 
 qint64 ios_file_tree::add_summary(const QString &summary)
 {
-    return row_id_of(summaries, without_blanks_at_end(summary), inserts->summary, summary);
+    return row_id_of(summaries, text_key(summary), inserts->summary, summary);
 }
 
 qint64 ios_file_tree::add_address(const QString &address, const QString &comment)
 {
-    const QString key = folded_address(address) + QChar(QChar::Null) + comment;
-    return row_id_of(addresses, key, inserts->address, address, comment);
+    return row_id_of(addresses, address_key(address, comment), inserts->address, address, comment);
 }
 
 qint64 ios_file_tree::add_message(const ios_message &message)

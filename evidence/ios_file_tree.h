@@ -16,10 +16,10 @@
 
 #include "evidence/accounts_database.h"
 #include "evidence/emlx_file.h"
+#include "evidence/known_rows.h"
 #include "evidence/property_list_file.h"
 #include "evidence/sqlite_file.h"
 
-#include <QHash>
 #include <QString>
 #include <QVariant>
 
@@ -101,7 +101,6 @@ public:
     void finish();
 
 private:
-    using row_ids = QHash<QString, qint64>;
     struct statements;
 
     QString root_path;
@@ -110,10 +109,10 @@ private:
     sqlite_file protected_file;
     std::optional<accounts_database> accounts_file;
     std::unique_ptr<statements> inserts; // destroyed before the databases its statements belong to
-    row_ids mailboxes;
-    row_ids subjects;
-    row_ids summaries;
-    row_ids addresses;
+    known_rows mailboxes;
+    known_rows subjects;
+    known_rows summaries;
+    known_rows addresses;
 };
 
 } // namespace evidence

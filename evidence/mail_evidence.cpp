@@ -1,6 +1,7 @@
 /// mail-evidence: writes sample evidence trees.
 #include "evidence/files.h"
 #include "evidence/sample_ios_file_tree.h"
+#include "evidence/sample_macos_mail_tree.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -20,6 +21,7 @@ struct tree_request
 {
     QString folder;
     qint64 size = 0;
+    qint64 emlx_count = -1; ///< negative: as the kind has it
     uint64_t seed = 0;
     sqlite_storage storage = sqlite_storage::plain;
 };
@@ -48,9 +50,31 @@ QString write_ios_file_tree(const tree_request &request)
         .arg(written.last_selected_account);
 }
 
+QString write_macos_volume(const tree_request &request)
+{
+    sample_macos_mail_tree_options options;
+    options.message_count = request.size;
+    options.emlx_count = request.emlx_count;
+    options.seed = request.seed;
+    options.storage = request.storage;
+    const sample_macos_mail_tree_summary written = write_sample_macos_mail_tree(request.folder, options);
+    return QStringLiteral("%1: %2 messages in %3 stores of the users %4, %5 recipients, %6 attachments, %7 mail files, "
+                          "%8 attachment files, %9 opened attachments")
+        .arg(request.folder)
+        .arg(written.messages)
+        .arg(written.stores)
+        .arg(written.users.join(QLatin1String(", ")))
+        .arg(written.recipients)
+        .arg(written.attachments)
+        .arg(written.emlx_files)
+        .arg(written.attachment_files)
+        .arg(written.opened_attachments);
+}
+
 // clang-format off
-constexpr std::array<tree_kind, 1> kinds = {{
-    {"ios-file-tree", "the mail data of an iOS file system; N messages", write_ios_file_tree},
+constexpr std::array<tree_kind, 2> kinds = {{
+    {"ios-file-tree", "the mail data of an iOS file system; N messages",                write_ios_file_tree},
+    {"macos-volume",  "the mail data of a macOS volume with two users; N messages in all", write_macos_volume},
 }};
 // clang-format on
 
@@ -99,6 +123,9 @@ void add_options(QCommandLineParser &parser)
     parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("where"));
     parser.addOptions({{QStringLiteral("size"), QStringLiteral("how many items, 1000 unless told"), QStringLiteral("N"),
                         QStringLiteral("1000")},
+                       {QStringLiteral("emlx"),
+                        QStringLiteral("how many mail files on a macOS volume, nearly one a message unless told"),
+                        QStringLiteral("N")},
                        {QStringLiteral("seed"), QStringLiteral("another seed gives another tree of the same kind"),
                         QStringLiteral("N"), QStringLiteral("1")},
                        {QStringLiteral("wal"), QStringLiteral("leave the rows in \"-wal\" files")},
@@ -111,6 +138,9 @@ tree_request request_of(const QCommandLineParser &parser)
     tree_request request;
     request.folder = QDir::cleanPath(parser.positionalArguments().last());
     request.size = static_cast<qint64>(number_of(parser, QStringLiteral("size")));
+    if (parser.isSet(QStringLiteral("emlx"))) {
+        request.emlx_count = static_cast<qint64>(number_of(parser, QStringLiteral("emlx")));
+    }
     request.seed = number_of(parser, QStringLiteral("seed"));
     request.storage = storage_of(parser);
     return request;

@@ -1,0 +1,55 @@
+/// The result tables that floors fill.
+#pragma once
+
+namespace bench {
+
+constexpr const char *create_messages =
+    "CREATE TABLE IF NOT EXISTS 'messages'(bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),"
+    "domain_user VARCHAR(1024),subject VARCHAR(1024),subject_prefix VARCHAR(1024),sender_name VARCHAR(1024),"
+    "from_str VARCHAR(1024),to_str VARCHAR(1024),cc VARCHAR(1024),bcc VARCHAR(1024),reply_to VARCHAR(1024),"
+    "message VARCHAR(1024),message_date_sent INTEGER,message_date_received INTEGER,"
+    "message_last_view_date INTEGER,mailbox_name VARCHAR(1024),mailbox_account_name VARCHAR(1024),"
+    "mailbox_url VARCHAR(1024),mailbox_detail VARCHAR(1024),emlx_file_name VARCHAR(1024),"
+    "emlx_file_path VARCHAR(1024),file_exist VARCHAR(1024),emlx_file_size INTEGER,emlx_file_date_created INTEGER,"
+    "message_id VARCHAR(1024),row_id VARCHAR(1024),flagged VARCHAR(1024),message_type VARCHAR(1024),"
+    "view_status VARCHAR(1024),attachment_filename VARCHAR(1024),attachment_type VARCHAR(1024),"
+    "conversation_id VARCHAR(1024),comment VARCHAR(1024),fromemail VARCHAR(1024),fromname VARCHAR(1024),"
+    "gmailmapuniquemessegeid VARCHAR(1024),imapuid VARCHAR(1024),lastmodifiedbodytype VARCHAR(1024),"
+    "mimemessegeid VARCHAR(1024),previewtext VARCHAR(1024),date_added INTEGER,first_date INTEGER,"
+    "last_date INTEGER,content_type VARCHAR(1024),fs_name VARCHAR(1024),fs_node_count VARCHAR(1024),"
+    "wherefrom VARCHAR(1024),latitude VARCHAR(1024),longitude VARCHAR(1024),altitude VARCHAR(1024),"
+    "torrent_file_list VARCHAR(1024),content_modification_date INTEGER,content_creation_date INTEGER,"
+    "fs_content_change_date INTEGER,fs_creation_date INTEGER,last_used_date INTEGER,used_dates VARCHAR(1024),"
+    "bookmarked_extended_attributes VARCHAR(1024),bookmarked_exif_data VARCHAR(1024),"
+    "extended_attributes_key_value VARCHAR(1024),extended_attributes_value_for_search VARCHAR(1024),"
+    "preview_file_path varchar(1024),export_file_paths varchar(1024),LINKFILENAME VARCHAR(1024),"
+    "trawl_tag_value VARCHAR(1024),notes_icon VARCHAR(1024),tags_icon VARCHAR(1024),"
+    "os_scheme_display VARCHAR(1024),source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
+    "artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
+constexpr const char *create_all_attachments =
+    "CREATE TABLE IF NOT EXISTS 'all_attachments'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),domain_user VARCHAR(1024),"
+    "file_name VARCHAR(1024),file_path VARCHAR(1024),file_exist VARCHAR(1024),suffix VARCHAR(1024),"
+    "file_size INTEGER,relationtableint VARCHAR(1024),subject VARCHAR(1024),from_str VARCHAR(1024),"
+    "to_str VARCHAR(1024),cc VARCHAR(1024),snippet VARCHAR(1024),message_date_sent INTEGER,"
+    "message_id VARCHAR(1024),bodyfile VARCHAR(1024),contentlocation VARCHAR(1024),date_added INTEGER,"
+    "content_type VARCHAR(1024),fs_name VARCHAR(1024),fs_node_count VARCHAR(1024),"
+    "wherefrom VARCHAR(1024),latitude VARCHAR(1024),longitude VARCHAR(1024),altitude VARCHAR(1024),"
+    "torrent_file_list VARCHAR(1024),content_modification_date INTEGER,content_creation_date INTEGER,"
+    "fs_content_change_date INTEGER,fs_creation_date INTEGER,last_used_date INTEGER,used_dates INTEGER,"
+    "first_date INTEGER,last_date INTEGER,bookmarked_extended_attributes VARCHAR(1024),"
+    "bookmarked_exif_data VARCHAR(1024),extended_attributes_key_value VARCHAR(1024),"
+    "extended_attributes_value_for_search VARCHAR(1024),preview_file_path varchar(1024),"
+    "export_file_paths varchar(1024),LINKFILENAME VARCHAR(1024),trawl_tag_value VARCHAR(1024),"
+    "notes_icon VARCHAR(1024),tags_icon VARCHAR(1024),os_scheme_display VARCHAR(1024),"
+    "source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
+    "artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
+constexpr const char *create_emlx_list =
+    "CREATE TABLE IF NOT EXISTS 'emlx_list'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,file_name VARCHAR(1024),file_path VARCHAR(1024),"
+    "source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
+    "artifacts_relation_source_file VARCHAR(1024))";
+
+} // namespace bench
