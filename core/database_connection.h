@@ -1,4 +1,4 @@
-/// One named SQLite connection of Qt's driver to the result database, for statements that give no rows. It is closed
+/// One named SQLite connection of Qt's driver, for statements that give no rows. It is closed
 /// and unregistered when it goes out of scope; queries on it are declared behind it, so that they go first.
 #pragma once
 
@@ -8,12 +8,6 @@
 class database_connection
 {
 public:
-    enum class access
-    {
-        read_write,
-        read_only
-    };
-
     /// Takes the name over: a connection that bore it is removed. Opens nothing yet.
     database_connection(QString connection_name, const QString &database_path);
     ~database_connection();

@@ -1,5 +1,8 @@
 #include "core/extractor_frame.h"
 
+#include "core/operation_log.h"
+
+#include <new>
 #include <utility>
 
 namespace {
@@ -43,7 +46,12 @@ QString extractor_frame::behind_source_root(const QString &path) const
 void extractor_frame::run_extraction(const std::function<void()> &extract_plugin_artifacts)
 {
     signal_timer_QElapsedTimer->start();
-    extract_plugin_artifacts();
+    try {
+        extract_plugin_artifacts();
+    } catch (const std::bad_alloc &) { // no exception reaches the host; the rows so far are committed on the way out
+        static constexpr operation_log log{"void extractor_frame::run_extraction()"};
+        log("memory for the evidence -----FAILED-----, the extraction ended early");
+    }
     report_records();
 }
 

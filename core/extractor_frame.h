@@ -38,7 +38,8 @@ protected:
     /// begin with the root gets the "/" all the same, a blank one stays as it is.
     QString behind_source_root(const QString &path) const;
 
-    /// Starts the clock of the throttled signal, runs the extractor's tabs, reports the final count.
+    /// Starts the clock of the throttled signal, runs the extractor's tabs, reports the final count. Evidence that is
+    /// too large for the memory ends the run with a log line.
     void run_extraction(const std::function<void()> &extract_plugin_artifacts);
     /// One of the three engines; without one no tab runs.
     bool has_engine() const;

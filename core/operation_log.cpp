@@ -6,12 +6,15 @@ void operation_log::failure(const failure_text &texts, const QString &subject, c
     if (!plugin_static_function::is_debug_on()) {
         return;
     }
-    write(texts.headline, subject);
+    write(texts.headline, texts.names_subject ? subject : QString());
     if (texts.error_label) {
         write(texts.error_label, error_text);
     }
     if (texts.query_label) {
         write(texts.query_label, QString::fromUtf8(statement));
+    }
+    if (texts.ends_with_subject) {
+        write("", subject);
     }
 }
 

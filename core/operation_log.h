@@ -10,9 +10,11 @@
 /// of the log look for: never composed, never "corrected".
 struct failure_text
 {
-    const char *headline;              ///< followed at once by the name of what failed
+    const char *headline;
     const char *error_label = nullptr; ///< in front of the error text; none: no such line
     const char *query_label = nullptr; ///< in front of the statement; none: no such line
+    bool names_subject = true;         ///< whether the name of what failed follows the headline at once
+    bool ends_with_subject = false;    ///< whether it stands in a last line of its own
 };
 
 class operation_log

@@ -15,6 +15,7 @@
 #include <atomic>
 
 class QSqlDatabase;
+class file_metadata;
 class property_list_value;
 
 /// Three instants of a file, each in seconds since 1970; 0 when the file is not there.
@@ -46,7 +47,7 @@ class plugin_static_function : public QWidget
 public:
     // --- Run state (core/plugin_static_function_run_state.cpp) -------------------------------------------------------
 
-    /// Takes the run state back to that of a new process. Closes nothing, and keeps what belongs to the log file.
+    /// Takes back what a run has set, but for the encryption of the log and the version of the source. Closes nothing.
     static void set_essentials();
     static void set_engine_type(int engine_type);
     static void set_source_count(int source_count);
@@ -150,7 +151,7 @@ public:
     static QString get_filtered_string_value(const QString &text);
     /// A list of origins: its entries joined by ";".
     static QString get_filtered_wherefrom_value(const QString &text);
-    /// A date: seconds since 1970 of its date and time as they read; empty before March 1973.
+    /// A date: seconds since 1970 of its date and time as they read; empty when they have fewer than nine characters.
     static QString get_filtered_date_value(const QString &text);
 
     // --- Property lists and metadata (services/plugin_static_function_property_lists.cpp) ----------------------------
@@ -180,6 +181,7 @@ public:
     static qint64 convert_nsdate_to_epoch(const property_list_value &date, const property_list_value &object);
     /// Out: the usage dates that the metadata of the file tell.
     static struct_used_dates extract_used_date(const QString &file_path);
+    static struct_used_dates extract_used_date(const file_metadata &item);
 
 private:
     static bool debug_mode_status_bool;

@@ -48,6 +48,10 @@ void plugin_static_function::remove_directory(const QString &path)
     if (path.isEmpty() || !folder.exists()) { // an empty path would mean the current folder
         return;
     }
+    if (QFileInfo(folder.absolutePath()).isSymLink()) {
+        QFile::remove(folder.absolutePath());
+        return;
+    }
     const QFileInfoList entries = folder.entryInfoList(all_entries, QDir::DirsFirst);
     for (const QFileInfo &entry : entries) {
         if (entry.isDir() && !entry.isSymLink()) {

@@ -32,6 +32,26 @@ QString qualified_name_of(const QString &function_info)
     return name.mid(name.lastIndexOf(QLatin1Char(' ')) + 1).trimmed();
 }
 
+// Evidence speaks in log lines too, through names and error texts: it must not write lines of its own.
+QString on_one_line(QString message)
+{
+    return message.replace(QLatin1Char('\n'), QLatin1String("\\n")).replace(QLatin1Char('\r'), QLatin1String("\\r"));
+}
+
+// The local time as it stands in a line. It is put into words once a second: some operations log several lines a row.
+// Month names are English, whatever the examiner's locale: a log is read elsewhere too.
+QString time_of_line()
+{
+    static qint64 worded_second = -1;
+    static QString words;
+    const qint64 now = QDateTime::currentSecsSinceEpoch();
+    if (now != worded_second) {
+        worded_second = now;
+        words = QLocale::c().toString(QDateTime::fromSecsSinceEpoch(now), QStringLiteral("yyyy-MMM-ddThh-mm-ss"));
+    }
+    return words;
+}
+
 QString edition_label_of(int engine_type)
 {
     switch (engine_type) {
@@ -82,12 +102,14 @@ void plugin_static_function::set_general_info(const struct_GLOBAL_COMMON_TRAWL_A
     debug_print_on_terminal_bool = general_info.debug_print_on_terminal_bool;
     debug_print_in_file_bool = general_info.debug_print_in_file_bool;
     debug_encryption_status_bool = general_info.debug_encryption_status_bool;
-    if (!debug_mode_status_bool || !debug_print_in_file_bool || debug_file_path_QString.isEmpty()) {
+    if (!debug_mode_status_bool || !debug_print_in_file_bool) {
         return;
     }
     close_debug_file(); // a run before may have left without closing it
     debug_file_regular_QFile.setFileName(debug_file_path_QString);
-    debug_file_regular_QFile.open(QIODevice::Append);
+    if (!debug_file_path_QString.isEmpty()) {
+        debug_file_regular_QFile.open(QIODevice::Append);
+    }
 }
 
 void plugin_static_function::set_source_info(const struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_source_info &source_info)
@@ -111,11 +133,9 @@ void plugin_static_function::app_debug(const QString &message, const QString &fu
     if (!debug_mode_status_bool) {
         return;
     }
-    // Month names in English, whatever the examiner's locale: a log is read elsewhere too.
-    const QString time = QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("yyyy-MMM-ddThh-mm-ss"));
-    const QString line = QLatin1Char('[') + time + QLatin1String("][") + edition_label_of(type_engine_int) +
+    const QString line = QLatin1Char('[') + time_of_line() + QLatin1String("][") + edition_label_of(type_engine_int) +
                          QLatin1String("][Artifacts Extraction][") + qualified_name_of(function_info) +
-                         QLatin1String("]:-- ") + message;
+                         QLatin1String("]:-- ") + on_one_line(message);
 
     if (debug_print_on_terminal_bool) {
         qDebug().noquote() << line;

@@ -39,6 +39,8 @@ public:
     /// Inserts a row of the values for the statement's "?", in their order. Out: whether the row stands. A failure
     /// is logged with the texts.
     bool insert(const row_values &values);
+    /// The id of the row inserted last.
+    qint64 last_row_id() const { return destination.database().last_row_id(); }
 
 private:
     bool prepare(const row_values &values);

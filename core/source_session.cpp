@@ -17,57 +17,90 @@ bool source_session::open(const failure_text &texts)
     return true;
 }
 
-source_query::source_query(source_session &source, const operation_log &operation, const char *text,
+source_query::source_query(sqlite_database &connection, const QString &name, const operation_log &operation,
+                           std::initializer_list<const char *> statements, const failure_text &failure_texts)
+    : database(connection), database_name(name), log(operation), texts(failure_texts)
+{
+    variants.reserve(statements.size());
+    for (const char *statement : statements) {
+        variants.push_back({statement, {}, {}, {}});
+    }
+}
+
+source_query::source_query(source_session &source, const operation_log &operation, const char *statement,
                            const failure_text &failure_texts)
-    : session(source), log(operation), statement_text(text), texts(failure_texts)
+    : source_query(source, operation, {statement}, failure_texts)
 {
 }
 
-bool source_query::prepare()
+source_query::source_query(source_session &source, const operation_log &operation,
+                           std::initializer_list<const char *> statements, const failure_text &failure_texts)
+    : source_query(source.database(), source.database_name(), operation, statements, failure_texts)
 {
-    if (!statement.is_prepared() && prepare_error.isNull() && !statement.prepare(session.database(), statement_text)) {
-        prepare_error = session.database().error_text();
+}
+
+source_query::source_query(result_session &rows_so_far, const operation_log &operation, const char *statement,
+                           const failure_text &failure_texts)
+    : source_query(rows_so_far.database(), rows_so_far.database_name(), operation, {statement}, failure_texts)
+{
+}
+
+bool source_query::prepare(variant &candidate)
+{
+    if (!candidate.statement.is_prepared() && candidate.prepare_error.isNull() &&
+        !candidate.statement.prepare(database, candidate.text)) {
+        candidate.prepare_error = database.error_text();
     }
-    return statement.is_prepared();
+    return candidate.statement.is_prepared();
+}
+
+bool source_query::start(variant &candidate, std::initializer_list<QString> values)
+{
+    running = &candidate;
+    if (!prepare(candidate)) {
+        error_text = candidate.prepare_error;
+        return false;
+    }
+    candidate.statement.reset();
+    int position = 0;
+    for (const QString &value : values) {
+        candidate.statement.bind(position++, value);
+    }
+    // Whether a statement can be executed shows at its first step.
+    return step();
 }
 
 bool source_query::execute(std::initializer_list<QString> values)
 {
+    for (variant &candidate : variants) {
+        if (start(candidate, values)) {
+            state = state == progress::on_row ? progress::before_first_row : state;
+            return !is_cancelled;
+        }
+    }
     state = progress::ended;
-    if (!prepare()) {
-        log_failure(prepare_error);
-        return false;
-    }
-    statement.reset();
-    int position = 0;
-    for (const QString &value : values) {
-        statement.bind(position++, value);
-    }
-    // Whether a statement can be executed shows at its first step.
-    if (!step()) {
-        return false;
-    }
-    state = state == progress::on_row ? progress::before_first_row : state;
-    return true;
+    log_failure();
+    return false;
 }
 
 bool source_query::next()
 {
-    if (state == progress::on_row) {
-        step();
-    } else if (state == progress::before_first_row) {
+    if (state == progress::before_first_row) {
         state = progress::on_row;
+    } else if (state == progress::on_row && !step()) {
+        // A damaged page in the middle of a table ends the rows as well; that must not look like their end.
+        log_failure();
     }
     return state == progress::on_row;
 }
 
 bool source_query::step()
 {
-    const sqlite_statement::outcome stepped = statement.step();
+    const sqlite_statement::outcome stepped = running->statement.step();
     state = stepped == sqlite_statement::outcome::row ? progress::on_row : progress::ended;
+    is_cancelled = is_cancelled || stepped == sqlite_statement::outcome::cancelled;
     if (stepped == sqlite_statement::outcome::failed) {
-        // A damaged page in the middle of a table ends the rows as well; that must not look like their end.
-        log_failure(session.database().error_text());
+        error_text = database.error_text();
         return false;
     }
     return true;
@@ -75,22 +108,26 @@ bool source_query::step()
 
 QString source_query::text(const char *column)
 {
-    const int index = state == progress::on_row ? index_of(column) : -1;
-    return index < 0 ? QString() : statement.text(index);
+    return text_at(state == progress::on_row ? index_of(column) : -1);
+}
+
+QString source_query::text_at(int position) const
+{
+    return state == progress::on_row && position >= 0 ? running->statement.text(position) : QString();
 }
 
 int source_query::index_of(const char *column)
 {
-    for (const auto &[name, index] : resolved_columns) {
+    for (const auto &[name, index] : running->resolved_columns) {
         if (name == column) {
             return index;
         }
     }
-    resolved_columns.emplace_back(column, statement.column_index(column));
-    return resolved_columns.back().second;
+    running->resolved_columns.emplace_back(column, running->statement.column_index(column));
+    return running->resolved_columns.back().second;
 }
 
-void source_query::log_failure(const QString &error_text) const
+void source_query::log_failure() const
 {
-    log.failure(texts, session.database_name(), error_text, statement_text);
+    log.failure(texts, database_name, error_text, running->text);
 }

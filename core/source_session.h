@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/operation_log.h"
+#include "core/result_session.h"
 #include "core/sqlite_database.h"
 
 #include <QString>
@@ -31,24 +32,42 @@ private:
     sqlite_database connection;
 };
 
-/// One statement over a source, prepared at its first use and kept; its session and its log outlive it. Failures are
-/// logged with the statement's own texts, each time that they occur.
+/// One statement that reads a source or the rows so far, prepared at its first use and kept; its session and its log
+/// outlive it. A source whose columns differ by generation is read by several statements: the first that executes
+/// counts. Failures are logged with the statement's own texts, each time that they occur; of several statements only
+/// that of the last one.
 class source_query
 {
 public:
     source_query(source_session &session, const operation_log &log, const char *statement, const failure_text &texts);
+    source_query(source_session &session, const operation_log &log, std::initializer_list<const char *> statements,
+                 const failure_text &texts);
+    source_query(result_session &session, const operation_log &log, const char *statement, const failure_text &texts);
 
-    /// Runs the statement with these values in place of its "?". Out: false when it fails, which is logged.
+    /// Runs the statement with these values in place of its "?". Out: false when it fails, which is logged, and when
+    /// the extraction was cancelled while it ran.
     bool execute(std::initializer_list<QString> values = {});
     /// Steps to the next row. Out: false behind the last one and when the extraction is cancelled; also where the
     /// database broke off, which is logged.
     bool next();
+    /// Whether a statement was ended by the cancelling, so that rows may be missing.
+    bool was_cancelled() const { return is_cancelled; }
 
     /// The value of a column of the row in hand as text: a REAL as the database prints it; a NULL, or a column that the
     /// statement does not give, is a null text. The name is one literal, which is looked up once.
     QString text(const char *column);
+    /// The same by the column's position in the statement, counted from 0.
+    QString text_at(int position) const;
 
 private:
+    struct variant
+    {
+        const char *text;
+        sqlite_statement statement;
+        QString prepare_error; // kept, since a statement that failed once is not prepared again
+        std::vector<std::pair<const char *, int>> resolved_columns;
+    };
+
     enum class progress
     {
         ended,
@@ -56,17 +75,22 @@ private:
         on_row
     };
 
-    bool prepare();
-    bool step(); // false for a failure, which is logged
-    int index_of(const char *column);
-    void log_failure(const QString &error_text) const;
+    source_query(sqlite_database &database, const QString &database_name, const operation_log &log,
+                 std::initializer_list<const char *> statements, const failure_text &texts);
 
-    source_session &session;
+    bool prepare(variant &candidate);
+    bool start(variant &candidate, std::initializer_list<QString> values);
+    bool step(); // false for a failure
+    int index_of(const char *column);
+    void log_failure() const;
+
+    sqlite_database &database;
+    const QString &database_name;
     const operation_log &log;
-    const char *statement_text;
     const failure_text &texts;
-    sqlite_statement statement;
-    QString prepare_error; // kept, since a statement that failed once is not tried again
+    std::vector<variant> variants;
+    variant *running = nullptr; // the one tried last
+    QString error_text;         // of its failure
     progress state = progress::ended;
-    std::vector<std::pair<const char *, int>> resolved_columns;
+    bool is_cancelled = false;
 };

@@ -27,6 +27,8 @@ public:
 
     /// Runs a statement that gives no rows. Out: whether it succeeded.
     bool execute(const char *statement);
+    /// The row id that the last INSERT gave.
+    qint64 last_row_id() const;
     /// What SQLite says of the last failure.
     QString error_text() const;
 

@@ -119,7 +119,7 @@ void prepare_environment()
         setenv("LC_ALL", "C.UTF-8", 1);
         setlocale(LC_ALL, "");
     }
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    setenv("QT_QPA_PLATFORM", "offscreen", 1); // nothing is shown, and a screen may not be there
 }
 
 // Qt's warnings name no cause that our own sentences do not.

@@ -221,8 +221,8 @@ QString utc_text(const QVariant &seconds)
     if (!is_number || !(number >= first_second && number <= last_second)) {
         return QString();
     }
-    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(std::floor(number)), Qt::UTC)
-        .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'"));
+    return QLocale::c().toString(QDateTime::fromSecsSinceEpoch(static_cast<qint64>(std::floor(number)), Qt::UTC),
+                                 QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'"));
 }
 
 std::unique_ptr<row_printer> make_csv_printer(const QStringList &columns)

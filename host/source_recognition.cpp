@@ -1,8 +1,9 @@
 #include "host/source_recognition.h"
 
 #include "host/command_line.h"
+#include "services/source_files.h"
 
-#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -61,8 +62,16 @@ bool looks_like_home(const QString &folder, const scheme_entry &scheme)
 // Links are left out: one in the evidence could lead out of it.
 QStringList folders_below_users(const QString &root)
 {
-    return QDir(root + QStringLiteral("Users"))
-        .entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name);
+    QStringList names;
+    folder_walk users(root + QStringLiteral("Users"), links::refuse);
+    while (users.next()) {
+        if (users.kind() == folder_walk::entry_kind::folder) {
+            names.append(QFile::decodeName(users.relative_path()));
+            users.skip_folder();
+        }
+    }
+    names.sort();
+    return names;
 }
 
 bool looks_like_volume(const QString &root, const scheme_entry &scheme)

@@ -9,7 +9,7 @@ namespace {
 bool is_plain_name(const QString &name)
 {
     return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") &&
-           !name.contains(QLatin1Char('/'));
+           !name.contains(QLatin1Char('/')) && !name.contains(QChar(0));
 }
 
 } // namespace
@@ -44,11 +44,12 @@ QByteArray mail_file_finder::find_in_named_folder(const QString &folder)
     return may_be_link ? find_in_unusual_folder(folder) : last_mail_file(walk);
 }
 
-QByteArray mail_file_finder::last_mail_file(folder_walk &walk) const
+QByteArray mail_file_finder::last_mail_file(folder_walk &walk)
 {
     QByteArray found;
     while (walk.next()) {
         if (is_cancelled) {
+            has_stopped = true;
             return QByteArray();
         }
         if (walk.relative_path().endsWith(".emlx")) {
@@ -72,7 +73,7 @@ QByteArray mail_file_finder::find_in_unusual_folder(const QString &folder)
     }
     folder_walk walk(canonical, links::refuse);
     const QByteArray found = last_mail_file(walk);
-    if (!is_cancelled) {
+    if (!has_stopped) {
         walked.insert(canonical, found);
     }
     return found;

@@ -19,16 +19,19 @@ public:
     /// that name and below it; empty when there is none, when the folder would lie outside the source root, and when
     /// the walk was cancelled.
     QString find(const QString &global_message_id);
+    /// Whether a walk was ended by the flag.
+    bool was_cancelled() const { return has_stopped; }
 
 private:
     QByteArray find_in_named_folder(const QString &folder);
     QByteArray find_in_unusual_folder(const QString &folder);
-    QByteArray last_mail_file(folder_walk &walk) const;
+    QByteArray last_mail_file(folder_walk &walk);
 
     source_boundary source;
     QString message_data;
     bool is_message_data_inside = false;
     const std::atomic<bool> &is_cancelled;
+    bool has_stopped = false;
     QString last_id; // a mail of several mailboxes stands in rows next to each other, under one id
     QString last_path;
     QHash<QString, QByteArray> walked; // canonical path of a folder that no plain name led to: what was found in it

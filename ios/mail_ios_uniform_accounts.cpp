@@ -90,6 +90,9 @@ void mail_ios_uniform::xcode_extract_mail_accounts()
         }
     }
 
+    if (account_rows.was_cancelled() || parent_rows.was_cancelled()) {
+        return; // the look-up was cut off: a row would say that the account is unknown
+    }
     row_writer rows{*this, destination, log, insert_account, insert_account_failure, row_count::attempted};
     rows.insert({
         {"unique_id", account_id},

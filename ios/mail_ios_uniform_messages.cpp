@@ -91,7 +91,7 @@ public:
     /// The next message; none behind the last one and, whatever was read of it, once the extraction is cancelled.
     std::optional<message_record> next()
     {
-        if (!messages.next() || is_cancelled) {
+        if (!step(messages)) {
             return std::nullopt;
         }
         message_record message;
@@ -102,17 +102,28 @@ public:
         message.is_read = messages.text("read") == QLatin1String("1");
         message.flagged = messages.text("flagged");
         message.conversation_id = messages.text("conversation_id");
-        message.row_id = messages.text("ROWID");
+        message.row_id = messages.text_at(row_id_position); // SQLite names it by the table's key column
         look_up_mailbox(message);
         look_up_texts(message);
         look_up_recipients(message);
         message.mail_file = mail_files.find(messages.text("global_message_id"));
-        return is_cancelled ? std::nullopt : std::make_optional(message);
+        has_stopped = has_stopped || mail_files.was_cancelled();
+        return has_stopped ? std::nullopt : std::make_optional(message);
     }
 
+    /// Whether the reading ended because the extraction was cancelled.
+    bool was_cancelled() const { return has_stopped; }
+
 private:
-    // A look-up has no further row once the extraction is cancelled.
-    bool step(source_query &look_up) const { return look_up.next() && !is_cancelled; }
+    static constexpr int row_id_position = 12;
+
+    // There is no further row once the extraction is cancelled.
+    bool step(source_query &query)
+    {
+        const bool is_on_row = query.next();
+        has_stopped = has_stopped || query.was_cancelled() || (is_on_row && is_cancelled);
+        return is_on_row && !has_stopped;
+    }
 
     void look_up_mailbox(message_record &message)
     {
@@ -166,6 +177,7 @@ private:
     source_query receivers;
     mail_file_finder &mail_files;
     const std::atomic<bool> &is_cancelled;
+    bool has_stopped = false;
 };
 
 } // namespace
@@ -226,7 +238,7 @@ void mail_ios_uniform::extract_mail_messages()
             {"os_scheme_display", os_scheme_display_QString},
         });
     }
-    if (cancel_extraction_bool) {
+    if (messages.was_cancelled()) {
         return;
     }
     destination.finish();

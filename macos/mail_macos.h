@@ -3,13 +3,19 @@
 
 #include "core/extractor_frame.h"
 #include "core/row_writer.h"
+#include "macos/attachment_finder.h"
+#include "macos/emlx_catalog.h"
+#include "macos/emlx_header_scanner.h"
 #include "macos/file_facts.h"
+#include "macos/mail_index_reader.h"
+#include "macos/message_values.h"
 #include "services/property_list.h"
 #include "services/source_files.h"
 
 #include <QHash>
 
 #include <initializer_list>
+#include <vector>
 
 /// Rows of a result table by their ids, both ends included; none when the last is before the first.
 struct row_range
@@ -18,6 +24,12 @@ struct row_range
     qint64 last = -1;
 
     bool contains(qint64 row_id) const { return row_id >= first && row_id <= last; }
+    /// Takes in a row behind those so far.
+    void extend_to(qint64 row_id)
+    {
+        first = last < first ? row_id : first;
+        last = row_id;
+    }
 };
 
 class mail_macos : public extractor_frame
@@ -82,6 +94,8 @@ private:
     // --- Sources: mail_macos_sources.cpp -----------------------------------------------------------------------------
     void find_source_file();
     void filter_extended_attribute_list();
+    struct source_candidate;
+    static const std::vector<source_candidate> source_candidates;
 
     // --- Driver: mail_macos_driver.cpp -------------------------------------------------------------------------------
     /// Out: the user whose home folder a source file lies in; empty when it lies in none.
@@ -142,6 +156,15 @@ private:
     void extract_emlx_file_location_11(const QString &mail_folder);
     /// Lists the mail files of the V2 stores of all users.
     void extract_emlx_file_location();
+    /// Out: the mail file of a message of the index by its row id; of several the one that was listed first.
+    struct_emlx sub_extract_emlx_file_for_messages_11_12(const QString &row_id, emlx_catalog &db) const;
+    struct_emlx sub_extract_emlx_file_for_messages(const QString &row_id, emlx_catalog &db) const;
+    /// Out: the blind-copy and reply-to texts of a mail file; empty for a blank path, when the file does not open or
+    /// leads out of the source, which is logged, and when the extraction is cancelled.
+    struct_address_bcc_replyto get_cc_and_replytofield(const QString &path) const;
+    /// The walk of both lists, with the paths whole or behind the source root. Out: false when it was cancelled.
+    bool list_emlx_files(const QString &mail_folder, bool is_behind_root, row_writer &rows) const;
+    bool is_emlx_file(const QString &path, folder_walk::entry_kind kind) const;
 
     // --- Facts about a file: mail_macos_extended_attributes.cpp -----------------------------------------------------
     /// The attributes that have columns of their own; empty fields for what the file does not carry.
@@ -159,17 +182,53 @@ private:
     void append_closing_columns(row_values &row, const macos_file_facts &facts) const;
 
     // --- Table messages: mail_macos_messages.cpp, mail_macos_messages_v2.cpp -----------------------------------------
+    /// One row a message of the index of V3 to V9, joined with its look-ups, its mail file and the accounts so far.
     void extract_messages_11_12();
+    row_values row_of_message_11_12(source_query &message, later_index_reader &index_reader, emlx_catalog &mail_files,
+                                    const message_index &index) const;
+    /// The same of the index of V2.
     void extract_messages();
+    row_values row_of_message(source_query &message, earlier_index_reader &index_reader, emlx_catalog &mail_files,
+                              const message_index &index) const;
+    /// What the rows of an index have in common.
+    message_index message_index_of(const QString &index) const;
+    row_count counted_message_rows() const { return count_message_rows_bool ? row_count::inserted : row_count::none; }
 
     // --- Table all_attachments: mail_macos_attachments.cpp -----------------------------------------------------------
+    /// Lists the attachments of the messages that the index in hand of V3 to V9 has given, one row a name.
     void extract_allattachments_details_11_12();
+    /// The same for the index in hand of V2.
     void extract_allattachments_details();
+    /// Out: the path of the first file of this name below a folder of the source, itself relative to the source root;
+    /// empty when there is none, for an empty folder, and when the extraction is cancelled.
+    QString sub_extract_attachment_file_path(attachment_finder &files, const QString &name,
+                                             const QString &folder) const;
+    /// An attachment name of a message: the file, and how rows show it and the folder that it was looked for in.
+    struct located_attachment
+    {
+        QString file; ///< empty when it was not found
+        QString shown_file;
+        artifact_source_file shown_folder;
+        macos_file_facts facts;
+    };
+    /// In: the folder of all attachments of a mailbox, and that of the message in it.
+    located_attachment locate_attachment(attachment_finder &files, const QString &name,
+                                         const QString &attachments_folder, const QString &message_folder,
+                                         const QString &user) const;
 
     // --- Table open_attachments: mail_macos_open_attachments.cpp -----------------------------------------------------
+    /// Lists the files of the folder "Mail Downloads", each with the message that its metadata names.
     void extract_open_attachment_11_12(const QString &folder, const QString &user);
+    /// Out: the regular files below the folder, hidden ones and links to such inside the source included; those so far
+    /// when the extraction is cancelled.
+    QStringList sub_get_attachment_files_from_folder(const QString &folder) const;
+    /// Lists the elements of a property list of opened attachments.
     void extract_xcode_open_attachments(const QString &file, const QString &user, const QString &destination_db,
                                         const QString &source_root);
+    row_values row_of_downloaded_attachment(const QString &file, const QString &user,
+                                            const artifact_source_file &shown_folder) const;
+    row_values row_of_listed_attachment(const property_list_value &attachment, const QString &user,
+                                        const QString &source_root, const artifact_source_file &shown_list) const;
 
     source_boundary source{QString()};   // the root of the source in hand
     QStringList system_user_QStringList; // users of all sources so far, each once

@@ -119,10 +119,10 @@ constexpr attribute_column mail_attributes[] = {
 };
 // clang-format on
 
-// The characters of MacRoman above ASCII. Its empty place of the apple is left out.
+// The characters of MacRoman above ASCII; U+F8FF is its apple.
 const QString mac_roman_characters = QStringLiteral(u"ÄÅÇÉÑÖÜáàâäãåçéèêëíìîïñóòôöõúùûü†°¢£§•¶ß®©™´¨≠ÆØ∞±≤≥¥µ∂∑∏π∫ªºΩæø¿"
                                                     u"¡¬√ƒ≈∆«»…\u00a0ÀÃÕŒœ–—“”‘’÷◊ÿŸ⁄€‹›ﬁﬂ‡·‚„‰ÂÊÁËÈÍÎÏÌÓÔ"
-                                                    u"ÒÚÛÙıˆ˜¯˘˙˚¸˝˛ˇ");
+                                                    u"\uf8ffÒÚÛÙıˆ˜¯˘˙˚¸˝˛ˇ");
 
 bool is_mac_roman(const QString &text)
 {
@@ -135,14 +135,25 @@ bool is_mac_roman(const QString &text)
 }
 
 template <std::size_t Count>
-attribute_record record_of(const file_metadata &item, const attribute_column (&columns)[Count])
+void take_attributes(attribute_record &record, const file_metadata &item, const attribute_column (&columns)[Count])
 {
-    attribute_record record;
+    if (item.is_empty()) {
+        return;
+    }
     for (const attribute_column &column : columns) {
         const QString description = item.attribute_description(QString::fromLatin1(column.attribute));
         if (!description.isNull() && (column.asked == encoding::utf8 || is_mac_roman(description))) {
             record.*column.field = column.convert(description);
         }
+    }
+}
+
+template <std::size_t Count>
+attribute_record attributes_at(const QString &file_path, const attribute_column (&columns)[Count])
+{
+    attribute_record record;
+    if (const std::optional<file_metadata> item = file_metadata::item_at(file_path)) {
+        take_attributes(record, *item, columns);
     }
     return record;
 }
@@ -165,59 +176,81 @@ QString filtered(const QString &description, const QString &attribute)
                : plugin_static_function::get_filtered_string_value(description);
 }
 
+// The values for search and the XML document, built up file by file.
+class attribute_document
+{
+public:
+    attribute_document() : xml(&document)
+    {
+        xml.setAutoFormatting(true);
+        xml.writeStartDocument();
+        xml.writeStartElement(QStringLiteral("Extended_Attributes_XML_Header"));
+    }
+
+    /// Out: false when the extraction was cancelled.
+    bool append(const file_metadata &item, const QString &shown_path, const QStringList &names,
+                const std::atomic<bool> &cancel_flag)
+    {
+        xml.writeStartElement(QStringLiteral("Extended_Attributes_Artifact_Source_Header"));
+        xml.writeTextElement(QStringLiteral("File_Path"), shown_path);
+        for (const QString &name : names) {
+            if (cancel_flag) {
+                return false;
+            }
+            const QString description = item.attribute_description(name);
+            if (!description.isNull()) {
+                const QString value = filtered(description, name);
+                search += value + separator;
+                xml.writeTextElement(name, value);
+            }
+        }
+        xml.writeEndElement();
+        return true;
+    }
+
+    extended_attributes finish()
+    {
+        xml.writeEndElement();
+        xml.writeEndDocument();
+        if (search.endsWith(separator)) {
+            search.chop(separator.size());
+        }
+        return {search, QString::fromLocal8Bit(document.constData())}; // up to the first zero byte
+    }
+
+private:
+    QByteArray document;
+    QXmlStreamWriter xml;
+    QString search;
+};
+
 } // namespace
 
 struct_GLOBAL_ARTIFACT_cfstring_attributes mail_macos::extract_cfstring_attributes(const QString &file_path) const
 {
-    const std::optional<file_metadata> item = file_metadata::item_at(file_path);
-    return item ? record_of(*item, file_attributes) : attribute_record();
+    return attributes_at(file_path, file_attributes);
 }
 
 struct_GLOBAL_ARTIFACT_cfstring_attributes mail_macos::extract_cfstring_attributes_mail(const QString &file_path) const
 {
-    const std::optional<file_metadata> item = file_metadata::item_at(file_path);
-    return item ? record_of(*item, mail_attributes) : attribute_record();
+    return attributes_at(file_path, mail_attributes);
 }
 
 extended_attributes mail_macos::get_extended_attributes(const QStringList &file_paths,
                                                         const QList<QStringList> &attribute_names) const
 {
-    QByteArray document;
-    QString search;
-    QXmlStreamWriter xml(&document);
-    xml.setAutoFormatting(true);
-    xml.writeStartDocument();
-    xml.writeStartElement(QStringLiteral("Extended_Attributes_XML_Header"));
+    attribute_document document;
     for (int i = 0; i < file_paths.size(); ++i) {
         if (cancel_extraction_bool) {
             return extended_attributes();
         }
         const std::optional<file_metadata> item = file_metadata::item_at(file_paths.at(i));
-        if (!item) {
-            continue;
+        if (item && !document.append(*item, behind_source_root(file_paths.at(i)), attribute_names.value(i),
+                                     cancel_extraction_bool)) {
+            return extended_attributes();
         }
-        xml.writeStartElement(QStringLiteral("Extended_Attributes_Artifact_Source_Header"));
-        xml.writeTextElement(tr("File_Path"), behind_source_root(file_paths.at(i)));
-        for (const QString &name : attribute_names.value(i)) {
-            if (cancel_extraction_bool) {
-                return extended_attributes();
-            }
-            const QString description = item->attribute_description(name);
-            if (description.isNull()) {
-                continue;
-            }
-            const QString value = filtered(description, name);
-            search += value + separator;
-            xml.writeTextElement(name, value);
-        }
-        xml.writeEndElement();
     }
-    xml.writeEndElement();
-    xml.writeEndDocument();
-    if (search.endsWith(separator)) {
-        search.chop(separator.size());
-    }
-    return {search, QString::fromLocal8Bit(document.constData())};
+    return document.finish();
 }
 
 macos_file_facts mail_macos::facts_of(const QString &file_path) const
@@ -227,11 +260,19 @@ macos_file_facts mail_macos::facts_of(const QString &file_path) const
     if (facts.is_there) {
         const QDateTime birth = QFileInfo(file_path).birthTime();
         facts.created = birth.isValid() ? QString::number(birth.toMSecsSinceEpoch() / 1000) : QString();
-        facts.used = plugin_static_function::extract_used_date(file_path);
-        facts.attributes = extract_cfstring_attributes(file_path);
     }
-    facts.extended =
-        get_extended_attributes({facts.is_there ? file_path : QString()}, {extended_attributes_QStringList});
+    const std::optional<file_metadata> item = facts.is_there ? file_metadata::item_at(file_path) : std::nullopt;
+    if (item) {
+        facts.used = plugin_static_function::extract_used_date(*item);
+        take_attributes(facts.attributes, *item, file_attributes);
+        take_attributes(facts.attributes, *item, mail_attributes);
+    }
+    attribute_document document;
+    if (!cancel_extraction_bool &&
+        (!item || document.append(*item, behind_source_root(file_path), extended_attributes_QStringList,
+                                  cancel_extraction_bool))) {
+        facts.extended = document.finish();
+    }
     return facts;
 }
 

@@ -66,90 +66,92 @@ void mail_macos::filter_extended_attribute_list()
         plugin_static_function::get_unmatched_varible_list_of_parentlist(extended_attributes_QStringList, fixed);
 }
 
+struct mail_macos::source_candidate
+{
+    QStringList mail_macos::*list;
+    const char *path; // below the home of a user
+    const char *hit;  // what the log says in front of the path, if anything
+};
+
+// The order is that of the lists' entries and of the log lines: rules of V5 stand before those of V4.
+// clang-format off
+const std::vector<mail_macos::source_candidate> mail_macos::source_candidates{
+    {&mail_macos::mail_preferences_plist_QStringList, "/Library/Containers/com.apple.mail/Data/Library/Preferences/com.apple.mail.plist", preferences_found},
+    {&mail_macos::mail_shared_plist_QStringList,      "/Library/Preferences/com.apple.mail-shared.plist", shared_preferences_found},
+    {&mail_macos::accounts3_db_QStringList,           "/Library/Accounts/Accounts3.sqlite", accounts_found},
+
+    {&mail_macos::mail_folder_v3_QStringList,       "/Library/Mail/V3", unsaid},
+    {&mail_macos::mail_folder_v4_to_v9_QStringList, "/Library/Mail/V4", unsaid},
+    {&mail_macos::mail_folder_v4_to_v9_QStringList, "/Library/Mail/V5", unsaid},
+    {&mail_macos::accounts4_db_QStringList,         "/Library/Accounts/Accounts4.sqlite", unsaid},
+
+    {&mail_macos::vip_plist_v3_QStringList,             "/Library/Mail/V3/MailData/VIPs.plist", vips_found},
+    {&mail_macos::smart_mailboxes_plist_v3_QStringList, "/Library/Mail/V3/MailData/SyncedSmartMailboxes.plist", smart_mailboxes_found},
+    {&mail_macos::synced_rules_plist_v3_QStringList,    "/Library/Mail/V3/MailData/SyncedRules.plist", rules_found},
+    {&mail_macos::accounts_map_plist_v3_QStringList,    "/Library/Mail/V3/MailData/Signatures/AccountsMap.plist", accounts_map_found},
+    {&mail_macos::all_signatures_plist_v3_QStringList,  "/Library/Mail/V3/MailData/Signatures/AllSignatures.plist", all_signatures_found},
+    {&mail_macos::envelope_index_v3_QStringList,        "/Library/Mail/V3/MailData/Envelope Index", messages_found},
+
+    {&mail_macos::vip_plist_v4_to_v6_QStringList,             "/Library/Mail/V4/MailData/VIPs.plist", vips_found},
+    {&mail_macos::vip_plist_v4_to_v6_QStringList,             "/Library/Mail/V5/MailData/VIPs.plist", vips_found},
+    {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V4/MailData/SyncedSmartMailboxes.plist", smart_mailboxes_found},
+    {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V5/MailData/SyncedSmartMailboxes.plist", smart_mailboxes_found},
+    {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V5/MailData/SyncedRules.plist", rules_found},
+    {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V4/MailData/SyncedRules.plist", rules_found},
+    {&mail_macos::accounts_map_plist_v4_QStringList,          "/Library/Mail/V4/MailData/Signatures/AccountsMap.plist", accounts_map_found},
+    {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V5/MailData/Signatures/AccountsMap.plist", accounts_map_found},
+    {&mail_macos::all_signatures_plist_v4_QStringList,        "/Library/Mail/V4/MailData/Signatures/AllSignatures.plist", all_signatures_found},
+    {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V5/MailData/Signatures/AllSignatures.plist", all_signatures_found},
+    {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V4/MailData/Envelope Index", messages_found},
+    {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V5/MailData/Envelope Index", messages_found},
+
+    {&mail_macos::mail_downloads_folder_QStringList, "/Library/Containers/com.apple.mail/Data/Library/Mail Downloads", downloads_found},
+
+    {&mail_macos::accounts_plist_v2_QStringList,           "/Library/Mail/V2/MailData/Accounts.plist", unsaid},
+    {&mail_macos::opened_attachments_v2_plist_QStringList, "/Library/Mail/V2/MailData/OpenedAttachmentsV2.plist", unsaid},
+    {&mail_macos::opened_attachments_plist_QStringList,    "/Library/Mail/V2/MailData/OpenedAttachments.plist", unsaid},
+    {&mail_macos::envelope_index_v2_QStringList,           "/Library/Mail/V2/MailData/Envelope Index", unsaid},
+
+    {&mail_macos::vip_plist_v4_to_v6_QStringList,             "/Library/Mail/V6/MailData/VIPs.plist", unsaid},
+    {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V6/MailData/SyncedSmartMailboxes.plist", unsaid},
+    {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V6/MailData/SyncedRules.plist", unsaid},
+    {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V6/MailData/Signatures/AccountsMap.plist", unsaid},
+    {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V6/MailData/Signatures/AllSignatures.plist", unsaid},
+    {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V6/MailData/Envelope Index", unsaid},
+    {&mail_macos::mail_folder_v4_to_v9_QStringList,           "/Library/Mail/V6", messages_found},
+
+    {&mail_macos::vip_plist_v7_to_v9_QStringList,             "/Library/Mail/V7/MailData/VIPs.plist", unsaid},
+    {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V7/MailData/SyncedSmartMailboxes.plist", unsaid},
+    {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V7/MailData/SyncedRules.plist", unsaid},
+    {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V7/MailData/Signatures/AccountsMap.plist", unsaid},
+    {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V7/MailData/Signatures/AllSignatures.plist", unsaid},
+    {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V7/MailData/Envelope Index", unsaid},
+    {&mail_macos::mail_folder_v4_to_v9_QStringList,           "/Library/Mail/V7", messages_found},
+
+    {&mail_macos::vip_plist_v7_to_v9_QStringList,             "/Library/Mail/V8/MailData/VIPs.plist", unsaid},
+    {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V8/MailData/SyncedSmartMailboxes.plist", unsaid},
+    {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V8/MailData/SyncedRules.plist", unsaid},
+    {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V8/MailData/Signatures/AccountsMap.plist", unsaid},
+    {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V8/MailData/Signatures/AllSignatures.plist", unsaid},
+    {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V8/MailData/Envelope Index", unsaid},
+    {&mail_macos::mail_folder_v4_to_v9_QStringList,           "/Library/Mail/V8", messages_found},
+
+    {&mail_macos::vip_plist_v7_to_v9_QStringList,             "/Library/Mail/V9/MailData/VIPs.plist", unsaid},
+    {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V9/MailData/SyncedSmartMailboxes.plist", unsaid},
+    {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V9/MailData/SyncedRules.plist", unsaid},
+    {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V9/MailData/Signatures/AccountsMap.plist", unsaid},
+    {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V9/MailData/Signatures/AllSignatures.plist", unsaid},
+    {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V9/MailData/Envelope Index", unsaid},
+    {&mail_macos::mail_folder_v4_to_v9_QStringList,           "/Library/Mail/V9", messages_found},
+};
+// clang-format on
+
 void mail_macos::find_source_file()
 {
     static constexpr operation_log log{"void mail_macos::find_source_file()"};
     log("[find_source_file] starts");
 
-    struct candidate
-    {
-        QStringList mail_macos::*list;
-        const char *path; // below the home of a user
-        const char *hit;  // what the log says in front of the path, if anything
-    };
-    // The order is that of the lists' entries and of the log lines: rules of V5 stand before those of V4.
-    // clang-format off
-    static constexpr candidate candidates[] = {
-        {&mail_macos::mail_preferences_plist_QStringList, "/Library/Containers/com.apple.mail/Data/Library/Preferences/com.apple.mail.plist", preferences_found},
-        {&mail_macos::mail_shared_plist_QStringList,      "/Library/Preferences/com.apple.mail-shared.plist", shared_preferences_found},
-        {&mail_macos::accounts3_db_QStringList,           "/Library/Accounts/Accounts3.sqlite", accounts_found},
-
-        {&mail_macos::mail_folder_v3_QStringList,       "/Library/Mail/V3", unsaid},
-        {&mail_macos::mail_folder_v4_to_v9_QStringList, "/Library/Mail/V4", unsaid},
-        {&mail_macos::mail_folder_v4_to_v9_QStringList, "/Library/Mail/V5", unsaid},
-        {&mail_macos::accounts4_db_QStringList,         "/Library/Accounts/Accounts4.sqlite", unsaid},
-
-        {&mail_macos::vip_plist_v3_QStringList,             "/Library/Mail/V3/MailData/VIPs.plist", vips_found},
-        {&mail_macos::smart_mailboxes_plist_v3_QStringList, "/Library/Mail/V3/MailData/SyncedSmartMailboxes.plist", smart_mailboxes_found},
-        {&mail_macos::synced_rules_plist_v3_QStringList,    "/Library/Mail/V3/MailData/SyncedRules.plist", rules_found},
-        {&mail_macos::accounts_map_plist_v3_QStringList,    "/Library/Mail/V3/MailData/Signatures/AccountsMap.plist", accounts_map_found},
-        {&mail_macos::all_signatures_plist_v3_QStringList,  "/Library/Mail/V3/MailData/Signatures/AllSignatures.plist", all_signatures_found},
-        {&mail_macos::envelope_index_v3_QStringList,        "/Library/Mail/V3/MailData/Envelope Index", messages_found},
-
-        {&mail_macos::vip_plist_v4_to_v6_QStringList,             "/Library/Mail/V4/MailData/VIPs.plist", vips_found},
-        {&mail_macos::vip_plist_v4_to_v6_QStringList,             "/Library/Mail/V5/MailData/VIPs.plist", vips_found},
-        {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V4/MailData/SyncedSmartMailboxes.plist", smart_mailboxes_found},
-        {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V5/MailData/SyncedSmartMailboxes.plist", smart_mailboxes_found},
-        {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V5/MailData/SyncedRules.plist", rules_found},
-        {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V4/MailData/SyncedRules.plist", rules_found},
-        {&mail_macos::accounts_map_plist_v4_QStringList,          "/Library/Mail/V4/MailData/Signatures/AccountsMap.plist", accounts_map_found},
-        {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V5/MailData/Signatures/AccountsMap.plist", accounts_map_found},
-        {&mail_macos::all_signatures_plist_v4_QStringList,        "/Library/Mail/V4/MailData/Signatures/AllSignatures.plist", all_signatures_found},
-        {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V5/MailData/Signatures/AllSignatures.plist", all_signatures_found},
-        {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V4/MailData/Envelope Index", messages_found},
-        {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V5/MailData/Envelope Index", messages_found},
-
-        {&mail_macos::mail_downloads_folder_QStringList, "/Library/Containers/com.apple.mail/Data/Library/Mail Downloads", downloads_found},
-
-        {&mail_macos::accounts_plist_v2_QStringList,           "/Library/Mail/V2/MailData/Accounts.plist", unsaid},
-        {&mail_macos::opened_attachments_v2_plist_QStringList, "/Library/Mail/V2/MailData/OpenedAttachmentsV2.plist", unsaid},
-        {&mail_macos::opened_attachments_plist_QStringList,    "/Library/Mail/V2/MailData/OpenedAttachments.plist", unsaid},
-        {&mail_macos::envelope_index_v2_QStringList,           "/Library/Mail/V2/MailData/Envelope Index", unsaid},
-
-        {&mail_macos::vip_plist_v4_to_v6_QStringList,             "/Library/Mail/V6/MailData/VIPs.plist", unsaid},
-        {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V6/MailData/SyncedSmartMailboxes.plist", unsaid},
-        {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V6/MailData/SyncedRules.plist", unsaid},
-        {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V6/MailData/Signatures/AccountsMap.plist", unsaid},
-        {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V6/MailData/Signatures/AllSignatures.plist", unsaid},
-        {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V6/MailData/Envelope Index", unsaid},
-        {&mail_macos::mail_folder_v4_to_v9_QStringList,           "/Library/Mail/V6", messages_found},
-
-        {&mail_macos::vip_plist_v7_to_v9_QStringList,             "/Library/Mail/V7/MailData/VIPs.plist", unsaid},
-        {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V7/MailData/SyncedSmartMailboxes.plist", unsaid},
-        {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V7/MailData/SyncedRules.plist", unsaid},
-        {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V7/MailData/Signatures/AccountsMap.plist", unsaid},
-        {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V7/MailData/Signatures/AllSignatures.plist", unsaid},
-        {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V7/MailData/Envelope Index", unsaid},
-        {&mail_macos::mail_folder_v4_to_v9_QStringList,           "/Library/Mail/V7", messages_found},
-
-        {&mail_macos::vip_plist_v7_to_v9_QStringList,             "/Library/Mail/V8/MailData/VIPs.plist", unsaid},
-        {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V8/MailData/SyncedSmartMailboxes.plist", unsaid},
-        {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V8/MailData/SyncedRules.plist", unsaid},
-        {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V8/MailData/Signatures/AccountsMap.plist", unsaid},
-        {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V8/MailData/Signatures/AllSignatures.plist", unsaid},
-        {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V8/MailData/Envelope Index", unsaid},
-        {&mail_macos::mail_folder_v4_to_v9_QStringList,           "/Library/Mail/V8", messages_found},
-
-        {&mail_macos::vip_plist_v7_to_v9_QStringList,             "/Library/Mail/V9/MailData/VIPs.plist", unsaid},
-        {&mail_macos::smart_mailboxes_plist_v4_to_v9_QStringList, "/Library/Mail/V9/MailData/SyncedSmartMailboxes.plist", unsaid},
-        {&mail_macos::synced_rules_plist_v4_to_v9_QStringList,    "/Library/Mail/V9/MailData/SyncedRules.plist", unsaid},
-        {&mail_macos::accounts_map_plist_v5_to_v9_QStringList,    "/Library/Mail/V9/MailData/Signatures/AccountsMap.plist", unsaid},
-        {&mail_macos::all_signatures_plist_v5_to_v9_QStringList,  "/Library/Mail/V9/MailData/Signatures/AllSignatures.plist", unsaid},
-        {&mail_macos::envelope_index_v4_to_v9_QStringList,        "/Library/Mail/V9/MailData/Envelope Index", unsaid},
-        {&mail_macos::mail_folder_v4_to_v9_QStringList,           "/Library/Mail/V9", messages_found},
-    };
-    // clang-format on
-    for (const candidate &file : candidates) {
+    for (const source_candidate &file : source_candidates) {
         (this->*file.list).clear();
     }
     current_index_v2_QStringList.clear();
@@ -157,7 +159,7 @@ void mail_macos::find_source_file()
 
     for (const QString &user : qAsConst(system_user_QStringList)) {
         const QString user_home = source_root_path_QString + QLatin1String("Users/") + user;
-        for (const candidate &file : candidates) {
+        for (const source_candidate &file : source_candidates) {
             const QString path = user_home + QLatin1String(file.path);
             if (!source.contains(path)) {
                 continue;

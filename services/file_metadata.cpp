@@ -1,9 +1,6 @@
 #include "services/file_metadata.h"
 
-#include "services/file_metadata_store.h"
-
 #include <QDateTime>
-#include <QFileInfo>
 #include <QLocale>
 #include <QStringList>
 
@@ -90,16 +87,20 @@ QString metadata_description(const property_list_value &value)
 
 std::optional<file_metadata> file_metadata::item_at(const QString &file_path)
 {
-    return QFileInfo::exists(file_path) ? std::make_optional(file_metadata(file_path)) : std::nullopt;
+    std::optional<stored_metadata> stored = stored_metadata::of_file(file_path);
+    return stored ? std::make_optional(file_metadata(std::move(*stored))) : std::nullopt;
 }
 
 property_list file_metadata::attribute(const QString &name) const
 {
-    return property_list::from_bytes(stored_metadata_value(path, name));
+    return property_list::from_bytes(values.value(name));
 }
 
 QString file_metadata::attribute_description(const QString &name) const
 {
+    if (is_empty()) {
+        return QString();
+    }
     const property_list value = attribute(name);
     return value.is_null() ? QString() : metadata_description(value.root());
 }

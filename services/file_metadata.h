@@ -2,17 +2,22 @@
 /// and when it was opened.
 #pragma once
 
+#include "services/file_metadata_store.h"
 #include "services/property_list.h"
 
 #include <QString>
 
 #include <optional>
+#include <utility>
 
 class file_metadata
 {
 public:
-    /// The metadata item of a file; none when nothing stands at the path.
+    /// The metadata item of a file, with all that the file carries; none when nothing stands at the path.
     static std::optional<file_metadata> item_at(const QString &file_path);
+
+    /// Whether the item has no attribute at all, which is so for most files.
+    bool is_empty() const { return values.is_empty(); }
 
     /// The value of an attribute such as "kMDItemUsedDates"; a null list when the item has none.
     property_list attribute(const QString &name) const;
@@ -20,9 +25,9 @@ public:
     QString attribute_description(const QString &name) const;
 
 private:
-    explicit file_metadata(const QString &file_path) : path(file_path) {}
+    explicit file_metadata(stored_metadata stored) : values(std::move(stored)) {}
 
-    QString path;
+    stored_metadata values;
 };
 
 /// The printed description of a value, as the platform gives it: <CFString 0x0 [0x0]>{contents = "…"}, <CFNumber 0x0

@@ -6,16 +6,36 @@
 #include <QFileInfo>
 #include <QtEndian>
 
+#include <cerrno>
+
 #include <sys/xattr.h>
 
 namespace {
 
-const char *const metadata_prefix = "com.apple.metadata:";
+const QByteArray metadata_prefix("com.apple.metadata:");
 
-// What file systems and tools put in front of the platform's attribute names.
+// What file systems and tools put in front of the platform's attribute names, in the order in which they count.
 const char *const name_prefixes[] = {"", "user.", "osx."};
 
 // --- Extended attributes ---------------------------------------------------------------------------------------------
+
+// The names of a file's extended attributes, each with a zero byte behind. None when nothing stands at the path.
+std::optional<QByteArray> extended_attribute_names(const QByteArray &path)
+{
+    QByteArray names(512, Qt::Uninitialized); // enough for nearly every file
+    ssize_t size = ::listxattr(path.constData(), names.data(), static_cast<size_t>(names.size()));
+    if (size < 0 && errno == ERANGE) {
+        size = ::listxattr(path.constData(), nullptr, 0);
+        names.resize(static_cast<int>(qMax<ssize_t>(size, 0)));
+        size = ::listxattr(path.constData(), names.data(), static_cast<size_t>(names.size()));
+    }
+    if (size < 0) {
+        // The file system may hold none, or the file may not be read.
+        return QFileInfo::exists(QFile::decodeName(path)) ? std::make_optional(QByteArray()) : std::nullopt;
+    }
+    names.truncate(static_cast<int>(size));
+    return names;
+}
 
 QByteArray extended_attribute(const QByteArray &path, const QByteArray &name)
 {
@@ -41,80 +61,95 @@ constexpr qint64 attributes_header_size = 36;
 constexpr qint64 attribute_entry_size = 11; // offset, length, flags, length of the name; the name follows
 
 // Big-endian numbers of a file that may end anywhere; behind its end they are 0.
-class big_endian_bytes
+template <typename Number>
+Number number_at(const QByteArray &file, qint64 at)
 {
-public:
-    explicit big_endian_bytes(const QByteArray &content) : bytes(content) {}
-
-    template <typename Number>
-    Number number_at(qint64 at) const
-    {
-        return at >= 0 && at + qint64(sizeof(Number)) <= bytes.size() ? qFromBigEndian<Number>(bytes.constData() + at)
-                                                                      : Number(0);
-    }
-
-    QByteArray part(qint64 at, qint64 length) const
-    {
-        return at + length <= bytes.size() ? bytes.mid(static_cast<int>(at), static_cast<int>(length)) : QByteArray();
-    }
-
-private:
-    const QByteArray &bytes;
-};
-
-// The attributes stand behind the Finder information, each with the place of its value in the file.
-QByteArray attribute_behind(const big_endian_bytes &file, qint64 finder_info_at, const QByteArray &wanted)
-{
-    const qint64 attributes_at = finder_info_at + finder_info_size;
-    if (file.number_at<quint32>(attributes_at) != attributes_magic) {
-        return QByteArray();
-    }
-    const quint16 count = file.number_at<quint16>(attributes_at + attributes_header_size - 2);
-    qint64 at = attributes_at + attributes_header_size;
-    for (quint16 i = 0; i < count; ++i) {
-        const quint8 name_length = file.number_at<quint8>(at + attribute_entry_size - 1);
-        QByteArray name = file.part(at + attribute_entry_size, name_length);
-        if (name.endsWith('\0')) {
-            name.chop(1);
-        }
-        if (name == wanted) {
-            return file.part(file.number_at<quint32>(at), file.number_at<quint32>(at + 4));
-        }
-        at += (attribute_entry_size + name_length + 3) & ~qint64(3);
-    }
-    return QByteArray();
+    return at >= 0 && at + qint64(sizeof(Number)) <= file.size() ? qFromBigEndian<Number>(file.constData() + at)
+                                                                 : Number(0);
 }
 
-QByteArray apple_double_attribute(const QString &file_path, const QByteArray &name)
+// A view, since the parts of a hostile file may all be as large as the file itself. Null when it goes beyond the end.
+QByteArray part_of(const QByteArray &file, qint64 at, qint64 length)
 {
-    const QFileInfo file_info(file_path);
-    const QByteArray content =
-        read_source_file(file_info.path() + QLatin1String("/._") + file_info.fileName(), double_size_limit);
-    const big_endian_bytes file(content);
-    if (file.number_at<quint32>(0) != double_magic) {
-        return QByteArray();
-    }
-    const quint16 count = file.number_at<quint16>(header_size - 2);
-    for (quint16 i = 0; i < count; ++i) {
-        const qint64 entry_at = header_size + i * entry_size;
-        if (file.number_at<quint32>(entry_at) == finder_info_entry) {
-            return attribute_behind(file, file.number_at<quint32>(entry_at + 4), name);
-        }
-    }
-    return QByteArray();
+    return at + length <= file.size() ? QByteArray::fromRawData(file.constData() + at, static_cast<int>(length))
+                                      : QByteArray();
 }
 
 } // namespace
 
-QByteArray stored_metadata_value(const QString &file_path, const QString &attribute)
+std::optional<stored_metadata> stored_metadata::of_file(const QString &file_path)
 {
-    const QByteArray name = metadata_prefix + attribute.toUtf8();
     const QByteArray path = QFile::encodeName(file_path);
+    const std::optional<QByteArray> names = extended_attribute_names(path);
+    if (!names) {
+        return std::nullopt;
+    }
+    stored_metadata metadata;
+    if (names->contains(metadata_prefix)) {
+        metadata.take_extended_attributes(path, *names);
+    }
+    const QFileInfo file_info(file_path);
+    metadata.take_apple_double(file_info.path() + QLatin1String("/._") + file_info.fileName());
+    return metadata;
+}
+
+void stored_metadata::take(const QByteArray &stored_name, const QByteArray &value)
+{
+    if (!stored_name.startsWith(metadata_prefix) || value.isNull()) {
+        return;
+    }
+    const QByteArray attribute = stored_name.mid(metadata_prefix.size());
+    if (!values.contains(attribute)) {
+        values.insert(attribute, value);
+    }
+}
+
+void stored_metadata::take_extended_attributes(const QByteArray &path, const QByteArray &names)
+{
+    const QList<QByteArray> stored_names = names.split('\0');
     for (const char *prefix : name_prefixes) {
-        const QByteArray value = extended_attribute(path, prefix + name);
-        if (!value.isNull()) {
-            return value;
+        const QByteArray wanted = prefix + metadata_prefix;
+        for (const QByteArray &name : stored_names) {
+            if (name.startsWith(wanted)) {
+                take(name.mid(static_cast<int>(qstrlen(prefix))), extended_attribute(path, name));
+            }
         }
     }
-    return apple_double_attribute(file_path, name);
+}
+
+void stored_metadata::take_apple_double(const QString &path)
+{
+    apple_double = read_source_file(path, double_size_limit, links::refuse);
+    if (number_at<quint32>(apple_double, 0) != double_magic) {
+        return;
+    }
+    const quint16 count = number_at<quint16>(apple_double, header_size - 2);
+    for (quint16 i = 0; i < count; ++i) {
+        const qint64 entry_at = header_size + i * entry_size;
+        if (number_at<quint32>(apple_double, entry_at) == finder_info_entry) {
+            take_attributes_behind(number_at<quint32>(apple_double, entry_at + 4));
+            return;
+        }
+    }
+}
+
+// The attributes stand behind the Finder information, each with the place of its value in the file.
+void stored_metadata::take_attributes_behind(qint64 finder_info_at)
+{
+    const qint64 attributes_at = finder_info_at + finder_info_size;
+    if (number_at<quint32>(apple_double, attributes_at) != attributes_magic) {
+        return;
+    }
+    const quint16 count = number_at<quint16>(apple_double, attributes_at + attributes_header_size - 2);
+    qint64 at = attributes_at + attributes_header_size;
+    for (quint16 i = 0; i < count; ++i) {
+        const quint8 name_length = number_at<quint8>(apple_double, at + attribute_entry_size - 1);
+        QByteArray name = part_of(apple_double, at + attribute_entry_size, name_length);
+        if (name.endsWith('\0')) {
+            name.chop(1);
+        }
+        take(name,
+             part_of(apple_double, number_at<quint32>(apple_double, at), number_at<quint32>(apple_double, at + 4)));
+        at += (attribute_entry_size + name_length + 3) & ~qint64(3);
+    }
 }

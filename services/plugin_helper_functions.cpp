@@ -15,15 +15,18 @@ plugin_helper_functions::plugin_helper_functions(QWidget *)
 
 QString plugin_helper_functions::get_adhoc_path_for_database(const QString &path)
 {
+    bool is_copied = false;
     const QString copy =
-        make_working_copy(path, "QString plugin_helper_functions::get_adhoc_path_for_database(QString)");
+        make_working_copy(path, "QString plugin_helper_functions::get_adhoc_path_for_database(QString)", is_copied);
     if (copy.isEmpty()) {
         return copy;
     }
-    // Rows may stand in the write-ahead file alone, which SQLite reads together with the shared-memory file.
+    // Rows may stand in the write-ahead file alone, which SQLite reads together with the shared-memory file. Beside a
+    // database that could not be copied they would wait for the next one of that name, as if they were its own.
     for (const QLatin1String suffix : {QLatin1String("-shm"), QLatin1String("-wal")}) {
-        if (QFileInfo::exists(path + suffix)) {
-            copy_source_file(path + suffix, copy + suffix, links::refuse);
+        QFile::remove(copy + suffix);
+        if (is_copied && !QFileInfo(path + suffix).isSymLink()) { // SQLite follows none there either
+            copy_source_file(path + suffix, copy + suffix, plugin_helper_cancel_bool);
         }
     }
     return copy;
@@ -31,10 +34,12 @@ QString plugin_helper_functions::get_adhoc_path_for_database(const QString &path
 
 QString plugin_helper_functions::get_adhoc_path_for_regular_file(const QString &path)
 {
-    return make_working_copy(path, "QString plugin_helper_functions::get_adhoc_path_for_regular_file(QString)");
+    bool is_copied = false;
+    return make_working_copy(path, "QString plugin_helper_functions::get_adhoc_path_for_regular_file(QString)",
+                             is_copied);
 }
 
-QString plugin_helper_functions::make_working_copy(const QString &path, const char *caller)
+QString plugin_helper_functions::make_working_copy(const QString &path, const char *caller, bool &is_copied)
 {
     if (path.trimmed().isEmpty()) {
         return QString();
@@ -45,6 +50,6 @@ QString plugin_helper_functions::make_working_copy(const QString &path, const ch
     if (QFileInfo(copy).isFile()) {
         QFile::remove(copy);
     }
-    copy_source_file(path, copy);
+    is_copied = copy_source_file(path, copy, plugin_helper_cancel_bool);
     return copy;
 }

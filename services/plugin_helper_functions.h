@@ -23,8 +23,8 @@ public:
     void set_adhoc_parent_path(const QString &path) { adhoc_parent_path_QString = path; }
 
     /// Makes a working copy of a source database with its "-shm" and "-wal" files, so that the source is not touched.
-    /// Out: the path of the copy, a new one for each call; empty for an empty path. A copy that fails is not reported:
-    /// it does not open then.
+    /// Out: the path of the copy, a new one for each call; empty for an empty path. A copy that fails, or that the
+    /// cancelling ends, is not reported: there is none then, and it does not open.
     QString get_adhoc_path_for_database(const QString &path);
     /// The same for a file that has no files beside it.
     QString get_adhoc_path_for_regular_file(const QString &path);
@@ -38,7 +38,7 @@ private:
     /// Extensions with their dots, by the first character behind the dot: 0 to 9, then a to z.
     using extension_lists = std::array<QStringList, 36>;
 
-    QString make_working_copy(const QString &path, const char *caller);
+    QString make_working_copy(const QString &path, const char *caller, bool &is_copied);
     void initialize_image_extension_list();
     void initialize_audio_extension_list();
     void initialize_video_extension_list();

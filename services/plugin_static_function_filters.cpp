@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int shortest_date = 9; // digits: shorter numbers of seconds are dates before March 1973, which no file has
+constexpr int shortest_date = 9; // characters: what is shorter is a date before March 1973, or none at all
 
 // The part at the index, of a text split at the separator; empty when there are too few parts.
 QString part_of(const QString &text, const QString &separator, int index)

@@ -99,16 +99,18 @@ qint64 plugin_static_function::convert_nsdate_to_epoch(const property_list_value
 
 struct_used_dates plugin_static_function::extract_used_date(const QString &file_path)
 {
-    struct_used_dates dates;
     const std::optional<file_metadata> item = file_metadata::item_at(file_path);
-    if (!item) {
-        return dates;
-    }
-    const QString last_used = item->attribute_description(QStringLiteral("kMDItemLastUsedDate"));
+    return item ? extract_used_date(*item) : struct_used_dates();
+}
+
+struct_used_dates plugin_static_function::extract_used_date(const file_metadata &item)
+{
+    struct_used_dates dates;
+    const QString last_used = item.attribute_description(QStringLiteral("kMDItemLastUsedDate"));
     if (!last_used.isNull()) {
         dates.last_used_date = seconds_of_description(last_used);
     }
-    QString used = item->attribute_description(QStringLiteral("kMDItemUsedDates"));
+    QString used = item.attribute_description(QStringLiteral("kMDItemUsedDates"));
     if (used.isNull()) {
         return dates;
     }

@@ -11,6 +11,12 @@ namespace {
 constexpr qint64 seconds_from_1970_to_2001 = 978307200;
 constexpr qint64 milliseconds = 1000;
 
+// Some file systems keep no birth time.
+qint64 seconds_of(const QDateTime &file_time)
+{
+    return file_time.isValid() ? file_time.toMSecsSinceEpoch() / milliseconds : 0;
+}
+
 QString epoch_text_of(const QDateTime &date_time)
 {
     return QString::number(date_time.toMSecsSinceEpoch() / milliseconds);
@@ -80,9 +86,9 @@ posix_timestamp_record plugin_static_function::get_posix_timestamp(const QString
     if (path.isEmpty() || root.isEmpty() || !file.isFile()) {
         return times;
     }
-    times.creation_timestamp = file.birthTime().toMSecsSinceEpoch() / milliseconds;
-    times.last_access_timestamp = file.lastRead().toMSecsSinceEpoch() / milliseconds;
-    times.modification_timestamp = file.lastModified().toMSecsSinceEpoch() / milliseconds;
+    times.creation_timestamp = seconds_of(file.birthTime());
+    times.last_access_timestamp = seconds_of(file.lastRead());
+    times.modification_timestamp = seconds_of(file.lastModified());
     return times;
 }
 

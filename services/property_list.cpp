@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr qint64 file_size_limit = Q_INT64_C(256) << 20;
+constexpr qint64 file_size_limit = Q_INT64_C(64) << 20;
 constexpr double seconds_from_1970_to_2001 = 978307200.0;
 
 struct c_memory

@@ -71,7 +71,7 @@ class property_list
 public:
     property_list() = default;
 
-    /// Reads a file of at most 256 MiB.
+    /// Reads a file of at most 64 MiB.
     static property_list from_file(const QString &path);
     static property_list from_bytes(const QByteArray &content);
 

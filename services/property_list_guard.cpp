@@ -11,13 +11,17 @@ namespace {
 constexpr int depth_limit = 512;
 constexpr quint64 unfolded_size_limit = Q_UINT64_C(512) << 20;
 constexpr quint64 node_size = 160; // about what the library keeps for a value, beside its content
+constexpr int tag_length_limit = 4096;
+constexpr quint64 entity_moves_limit = Q_UINT64_C(2000) << 20;
 constexpr int trailer_size = 32;
 constexpr int header_size = 8;
 
 // --- XML -------------------------------------------------------------------------------------------------------------
 
-// Control characters stand in texts of real lists although XML forbids them; to the nesting they mean nothing.
-QByteArray without_control_characters(QByteArray content)
+// Control characters stand in texts of real lists although XML forbids them; to the nesting they mean nothing. The
+// library takes every list as UTF-8, whatever it says of itself, so the reader gets it as text: in another encoding it
+// would see another nesting.
+QString as_the_library_reads_it(QByteArray content)
 {
     for (char &byte : content) {
         const auto value = static_cast<unsigned char>(byte);
@@ -25,12 +29,56 @@ QByteArray without_control_characters(QByteArray content)
             byte = ' ';
         }
     }
-    return content;
+    return QString::fromUtf8(content);
+}
+
+// Out: where the markup ends that begins at a "<"; -1 for a tag without end or of a length that no list needs. A reader
+// compares each attribute of a tag with all others.
+int end_of_markup(const QByteArray &content, int begin)
+{
+    struct bracket
+    {
+        const char *open;
+        const char *close;
+    };
+    static constexpr bracket brackets[] = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}};
+    for (const bracket &candidate : brackets) {
+        if (qstrncmp(content.constData() + begin, candidate.open, qstrlen(candidate.open)) == 0) {
+            return content.indexOf(candidate.close, begin);
+        }
+    }
+    const int end = content.indexOf('>', begin);
+    return end - begin <= tag_length_limit ? end : -1;
+}
+
+// The library moves the rest of a text for each entity in it.
+bool has_bearable_markup(const QByteArray &content)
+{
+    quint64 moves = 0;
+    for (int at = 0; at < content.size();) {
+        const int text_end = content.indexOf('<', at);
+        const QByteArray text = content.mid(at, text_end < 0 ? -1 : text_end - at);
+        moves += static_cast<quint64>(text.count('&')) * static_cast<quint64>(text.size());
+        if (moves > entity_moves_limit) {
+            return false;
+        }
+        if (text_end < 0) {
+            return true;
+        }
+        at = end_of_markup(content, text_end);
+        if (at < 0) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool is_safe_xml(const QByteArray &content)
 {
-    QXmlStreamReader reader(without_control_characters(content));
+    if (!has_bearable_markup(content)) {
+        return false;
+    }
+    QXmlStreamReader reader(as_the_library_reads_it(content));
     int depth = 0;
     quint64 unfolded_size = static_cast<quint64>(content.size());
     while (!reader.atEnd()) {

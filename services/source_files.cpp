@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <memory>
@@ -51,14 +52,41 @@ bool write_all(int descriptor, const char *data, std::size_t size)
     return true;
 }
 
-// Out: bytes read, 0 at the end, -1 for an error.
-ssize_t read_block(int descriptor, char *data, std::size_t size)
+// A path with a zero character in it is none: the system would take what stands in front of that.
+QByteArray encoded(const QString &path)
 {
-    ssize_t count = 0;
-    do {
-        count = ::read(descriptor, data, size);
-    } while (count < 0 && errno == EINTR);
-    return count;
+    return path.contains(QChar(0)) ? QByteArray() : QFile::encodeName(path);
+}
+
+// Copies the parts that hold data, in blocks; what lies between them stays a hole.
+bool copy_content(const file_descriptor &source, int to, const std::atomic<bool> &cancel_flag)
+{
+    const int from = source.get();
+    struct stat status = {};
+    if (::fstat(from, &status) != 0 || ::ftruncate(to, status.st_size) != 0) {
+        return false;
+    }
+    std::vector<char> block(copy_block_size);
+    off_t data_end = 0;
+    for (off_t at = 0; at < status.st_size;) {
+        if (at == data_end) {
+            at = ::lseek(from, at, SEEK_DATA);
+            if (at < 0) {
+                return errno == ENXIO; // nothing but a hole up to the end
+            }
+            data_end = ::lseek(from, at, SEEK_HOLE);
+            if (data_end < 0 || ::lseek(from, at, SEEK_SET) < 0 || ::lseek(to, at, SEEK_SET) < 0) {
+                return false;
+            }
+        }
+        const auto wanted = std::min(block.size(), static_cast<std::size_t>(data_end - at));
+        const qint64 count = read_block(source, block.data(), wanted);
+        if (count <= 0 || cancel_flag || !write_all(to, block.data(), static_cast<std::size_t>(count))) {
+            return false;
+        }
+        at += count;
+    }
+    return true;
 }
 
 // The path of what stands there with all links followed; empty when nothing does. The kernel knows it of every open
@@ -66,7 +94,7 @@ ssize_t read_block(int descriptor, char *data, std::size_t size)
 QByteArray canonical_path(const QString &path)
 {
 #ifdef O_PATH
-    const file_descriptor file(::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC));
+    const file_descriptor file(::open(encoded(path).constData(), O_PATH | O_CLOEXEC));
     if (!file.is_open()) {
         return QByteArray();
     }
@@ -77,7 +105,7 @@ QByteArray canonical_path(const QString &path)
         return target.left(static_cast<int>(length));
     }
 #endif
-    return QFile::encodeName(QFileInfo(path).canonicalFilePath());
+    return encoded(QFileInfo(path).canonicalFilePath());
 }
 
 struct folder_closer
@@ -86,13 +114,28 @@ struct folder_closer
 };
 using folder_handle = std::unique_ptr<DIR, folder_closer>;
 
-bool is_folder_entry(DIR *folder, const dirent &item)
+folder_walk::entry_kind kind_of(DIR *folder, const dirent &item)
 {
-    if (item.d_type != DT_UNKNOWN) {
-        return item.d_type == DT_DIR;
-    }
+    unsigned char type = item.d_type;
     struct stat status = {};
-    return ::fstatat(::dirfd(folder), item.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+    if (type == DT_UNKNOWN && ::fstatat(::dirfd(folder), item.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        type = IFTODT(status.st_mode);
+    }
+    switch (type) {
+    case DT_REG:
+        return folder_walk::entry_kind::file;
+    case DT_DIR:
+        return folder_walk::entry_kind::folder;
+    case DT_LNK:
+        return folder_walk::entry_kind::link;
+    default:
+        return folder_walk::entry_kind::other;
+    }
+}
+
+bool is_self_or_parent(const char *name)
+{
+    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
 } // namespace
@@ -111,7 +154,7 @@ int file_descriptor::release()
 
 file_descriptor open_source_file(const QString &path, links policy)
 {
-    file_descriptor file(open_read_only(QFile::encodeName(path).constData(), flag_of(policy)));
+    file_descriptor file(open_read_only(encoded(path).constData(), flag_of(policy)));
     struct stat status = {};
     if (file.is_open() && (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))) {
         return file_descriptor();
@@ -119,32 +162,36 @@ file_descriptor open_source_file(const QString &path, links policy)
     return file;
 }
 
-bool copy_source_file(const QString &source, const QString &copy, links policy)
+qint64 read_block(const file_descriptor &file, char *data, std::size_t size)
 {
-    const file_descriptor from = open_source_file(source, policy);
+    ssize_t count = 0;
+    do {
+        count = ::read(file.get(), data, size);
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
+bool copy_source_file(const QString &source, const QString &copy, const std::atomic<bool> &cancel_flag)
+{
+    const file_descriptor from = open_source_file(source);
     if (!from.is_open()) {
         return false;
     }
-    const file_descriptor to(
-        ::open(QFile::encodeName(copy).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    const QByteArray copy_path = encoded(copy);
+    const file_descriptor to(::open(copy_path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!to.is_open()) {
         return false;
     }
-    std::vector<char> block(copy_block_size);
-    while (true) {
-        const ssize_t count = read_block(from.get(), block.data(), block.size());
-        if (count <= 0) {
-            return count == 0;
-        }
-        if (!write_all(to.get(), block.data(), static_cast<std::size_t>(count))) {
-            return false;
-        }
+    if (!copy_content(from, to.get(), cancel_flag)) {
+        ::unlink(copy_path.constData()); // a part of a database may open, and lack rows
+        return false;
     }
+    return true;
 }
 
-QByteArray read_source_file(const QString &path, qint64 size_limit)
+QByteArray read_source_file(const QString &path, qint64 size_limit, links policy)
 {
-    const file_descriptor file = open_source_file(path);
+    const file_descriptor file = open_source_file(path, policy);
     struct stat status = {};
     if (!file.is_open() || ::fstat(file.get(), &status) != 0 || status.st_size > size_limit) {
         return QByteArray();
@@ -152,8 +199,8 @@ QByteArray read_source_file(const QString &path, qint64 size_limit)
     QByteArray content(static_cast<int>(status.st_size), Qt::Uninitialized);
     int filled = 0;
     while (filled < content.size()) {
-        const ssize_t count =
-            read_block(file.get(), content.data() + filled, static_cast<std::size_t>(content.size() - filled));
+        const qint64 count =
+            read_block(file, content.data() + filled, static_cast<std::size_t>(content.size() - filled));
         if (count < 0) {
             return QByteArray();
         }
@@ -178,8 +225,12 @@ bool source_boundary::contains(const QString &path) const
     return !canonical_root.isEmpty() && canonical_path(path).startsWith(canonical_root);
 }
 
-folder_walk::folder_walk(const QString &folder, links policy) : folder_path(QFile::encodeName(folder))
+folder_walk::folder_walk(const QString &folder, links policy, hidden_entries policy_of_hidden)
+    : hidden(policy_of_hidden), folder_path(encoded(folder))
 {
+    if (folder_path.isEmpty()) {
+        return;
+    }
     while (folder_path.endsWith('/')) { // a slash behind a link would follow it
         folder_path.chop(1);
     }
@@ -206,8 +257,8 @@ bool folder_walk::open_level(const QByteArray &relative_path, links policy)
         opened.relative_path = relative_path + '/';
     }
     while (const dirent *item = ::readdir(folder.get())) {
-        if (item->d_name[0] != '.') {
-            opened.entries.push_back({QByteArray(item->d_name), is_folder_entry(folder.get(), *item)});
+        if (hidden == hidden_entries::meet ? !is_self_or_parent(item->d_name) : item->d_name[0] != '.') {
+            opened.entries.push_back({QByteArray(item->d_name), kind_of(folder.get(), *item)});
         }
     }
     levels.push_back(std::move(opened));
@@ -227,7 +278,8 @@ bool folder_walk::next()
         }
         const entry &met = top.entries[top.at++];
         current = top.relative_path + met.name;
-        if (met.is_folder) {
+        current_kind = met.kind;
+        if (met.kind == entry_kind::folder) {
             pending_folder = current;
         }
         return true;

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <atomic>
 #include <cstddef>
 #include <vector>
 
@@ -13,6 +14,12 @@ enum class links
 {
     follow,
     refuse
+};
+
+enum class hidden_entries
+{
+    pass_over,
+    meet
 };
 
 /// A file descriptor, closed when it goes out of scope; -1 is none.
@@ -38,12 +45,16 @@ private:
 /// Out: the opened regular file; none when it is missing, not readable or of another kind.
 file_descriptor open_source_file(const QString &path, links policy = links::follow);
 
-/// Copies a regular file byte for byte; the copy is the examiner's, readable and writable for its owner, whatever the
-/// permissions of the source. Out: whether the whole file was copied.
-bool copy_source_file(const QString &source, const QString &copy, links policy = links::follow);
+/// Reads the next bytes of an open file. Out: how many; 0 at the end, -1 for an error.
+qint64 read_block(const file_descriptor &file, char *data, std::size_t size);
+
+/// Copies a regular file byte for byte, its holes as holes; the copy is the examiner's, readable and writable for its
+/// owner, whatever the permissions of the source. Out: whether the whole file was copied; otherwise, also when the flag
+/// was raised meanwhile, there is no copy.
+bool copy_source_file(const QString &source, const QString &copy, const std::atomic<bool> &cancel_flag);
 
 /// Out: the whole content of a regular file; null when it cannot be read or is larger than the limit (bytes).
-QByteArray read_source_file(const QString &path, qint64 size_limit);
+QByteArray read_source_file(const QString &path, qint64 size_limit, links policy = links::follow);
 
 /// The root folder of a source, which nothing that evidence names may lead out of: what lies outside belongs to the
 /// examiner's machine.
@@ -67,12 +78,21 @@ inline bool stands_below(const QString &root, const QString &path)
 }
 
 /// Walks a folder with all its subfolders, depth first, in the order in which the file system lists them: each entry is
-/// met before what stands below it. Hidden entries are passed over; links are met but not followed.
+/// met before what stands below it. Links are met but not followed.
 class folder_walk
 {
 public:
+    /// What an entry is by itself: a link stays a link, wherever it leads.
+    enum class entry_kind
+    {
+        file,
+        folder,
+        link,
+        other
+    };
+
     /// A folder that does not open has no entries. The policy is for the folder itself.
-    folder_walk(const QString &folder, links policy);
+    folder_walk(const QString &folder, links policy, hidden_entries hidden = hidden_entries::pass_over);
 
     /// Out: whether the folder itself opened.
     bool is_open() const { return is_folder_open; }
@@ -80,12 +100,15 @@ public:
     bool next();
     /// The entry in hand, relative to the folder, in the file system's bytes.
     const QByteArray &relative_path() const { return current; }
+    entry_kind kind() const { return current_kind; }
+    /// Leaves out what stands below the folder in hand.
+    void skip_folder() { pending_folder.clear(); }
 
 private:
     struct entry
     {
         QByteArray name;
-        bool is_folder;
+        entry_kind kind;
     };
     struct level
     {
@@ -96,9 +119,11 @@ private:
 
     bool open_level(const QByteArray &relative_path, links policy);
 
+    hidden_entries hidden;
     QByteArray folder_path; // with a slash behind
     std::vector<level> levels;
     QByteArray current;
+    entry_kind current_kind = entry_kind::other;
     QByteArray pending_folder; // the folder met last, walked at the next step
     bool is_folder_open = false;
 };
