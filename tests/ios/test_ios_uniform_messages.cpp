@@ -30,7 +30,7 @@ using evidence::sqlite_storage;
 const QString messages_tab = QStringLiteral("messages");
 const QString message_data = QStringLiteral("private/var/mobile/Library/Mail/MessageData/");
 
-// Nine messages; what each of them shows stands in front of it. The rows to expect are in expected/messages.txt.
+// Eleven messages; what each of them shows stands in front of it. The rows to expect are in expected/messages.txt.
 void write_messages(const QString &root, sqlite_storage storage)
 {
     ios_file_tree tree(root, storage);
@@ -106,6 +106,12 @@ void write_messages(const QString &root, sqlite_storage storage)
     ios_message detour; // an id that comes back into the source
     detour.global_message_id = QStringLiteral("11/../14");
     tree.add_message(detour);
+
+    for (const QString &id : {QStringLiteral("11\0b"), QStringLiteral(".\0b")}) { // a path would end at the zero
+        ios_message cut_off;
+        cut_off.global_message_id = id;
+        tree.add_message(cut_off);
+    }
     tree.finish();
 }
 
@@ -157,7 +163,9 @@ private Q_SLOTS:
     void index_with_a_damaged_page_keeps_the_rows_before_it();
     void two_sources_in_one_database();
     void cancelled_from_another_thread();
-    void endless_view_ends_with_the_cancel();
+    void values_that_the_schema_makes_data();
+    void values_that_the_schema_makes();
+    void log_line_cannot_be_forged();
 };
 
 void test_ios_uniform_messages::indexes_of_every_form_data()
@@ -187,7 +195,7 @@ void test_ios_uniform_messages::indexes_of_every_form()
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
     QCOMPARE(run.log_of(QStringLiteral("mail_ios_uniform::extract_mail_messages")),
              (QStringList{QStringLiteral("Starts"), QStringLiteral("Ends")}));
-    QCOMPARE(run.record_signals, (QList<qint64>{0, 9, 9, 9})); // start, tab, extractor, end
+    QCOMPARE(run.record_signals, (QList<qint64>{0, 11, 11, 11})); // start, tab, extractor, end
     QCOMPARE(run.tab_signals, QList<int>{1});
 }
 
@@ -326,14 +334,14 @@ void test_ios_uniform_messages::two_sources_in_one_database()
     run.source_count = 12;
     run.prepare();
     run.extract();
-    QCOMPARE(run.row_count(messages_tab), 18);
-    QCOMPARE(run.rows(messages_tab).count(QLatin1String("source_count_name = \"Source12\"")), 9);
+    QCOMPARE(run.row_count(messages_tab), 22);
+    QCOMPARE(run.rows(messages_tab).count(QLatin1String("source_count_name = \"Source12\"")), 11);
     QVERIFY(run.rows(messages_tab).startsWith(first));
 }
 
 void test_ios_uniform_messages::cancelled_from_another_thread()
 {
-    constexpr int message_count = 20000;
+    constexpr int message_count = 6000;
     QTemporaryDir folder;
     evidence::sample_ios_file_tree_options sample;
     sample.message_count = message_count;
@@ -342,7 +350,7 @@ void test_ios_uniform_messages::cancelled_from_another_thread()
     host_run run(QStringLiteral("iOS_Uniform"), folder.path(), {messages_tab});
     run.prepare();
     std::thread host([&run] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(40));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
         run.plugin().pub_cancel_extraction();
     });
     run.extract();
@@ -360,29 +368,55 @@ void test_ios_uniform_messages::cancelled_from_another_thread()
     QCOMPARE(run.row_count(messages_tab), rows + message_count);
 }
 
-void test_ios_uniform_messages::endless_view_ends_with_the_cancel()
+void test_ios_uniform_messages::values_that_the_schema_makes_data()
 {
+    QTest::addColumn<QString>("schema");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("a view with rows without end")
+        << QStringLiteral("drop table subjects; create view subjects(subject, ROWID) as with recursive n(i) as "
+                          "(select 1 union all select i from n) select count(*), 1 from n")
+        << QStringLiteral("no such table: main.n");
+    QTest::newRow("a value of eight hundred million bytes")
+        << QStringLiteral("drop table subjects; create table subjects(subject as (zeroblob(800000000)), b); "
+                          "insert into subjects(b) values(1)")
+        << QStringLiteral("string or blob too big");
+}
+
+void test_ios_uniform_messages::values_that_the_schema_makes()
+{
+    QFETCH(QString, schema);
+    QFETCH(QString, error);
     QTemporaryDir folder;
     ios_file_tree tree(folder.filePath(QStringLiteral("source")));
     ios_message message;
     message.subject = 1;
     tree.add_message(message);
-    tree.protected_index().run(
-        QStringLiteral("drop table subjects; create view subjects(subject, ROWID) as with recursive n(i) as "
-                       "(select 1 union all select i from n) select count(*), 1 from n"));
+    tree.protected_index().run(schema);
     tree.finish();
 
     host_run run(QStringLiteral("iOS_Uniform"), tree.root(), {messages_tab});
-    run.prepare();
-    std::thread host([&run] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        run.plugin().pub_cancel_extraction();
-    });
-    run.extract();
-    host.join();
-    QCOMPARE(run.row_count(messages_tab), 0);
-    QCOMPARE(run.log_of(QStringLiteral("mail_ios_uniform::extract_mail_messages")),
-             QStringList{QStringLiteral("Starts")});
+    run.run();
+    const QStringList log = run.log_of(QStringLiteral("mail_ios_uniform::extract_mail_messages"));
+    QCOMPARE(log.value(1), QStringLiteral("select query_select_subject -----FAILED-----TMP/Protected Index"));
+    QCOMPARE(log.value(2), QLatin1String("ERROR :- ") + error);
+    QCOMPARE(run.row_count(messages_tab), 1);
+}
+
+void test_ios_uniform_messages::log_line_cannot_be_forged()
+{
+    QTemporaryDir folder;
+    ios_file_tree tree(folder.filePath(QStringLiteral("source")));
+    tree.envelope_index().run(
+        QStringLiteral("drop table messages; pragma writable_schema=on; insert into sqlite_master "
+                       "values('table','x','x',0,'create table x(a' || char(10) || '[forged]:-- b')"));
+    tree.finish();
+    host_run run(QStringLiteral("iOS_Uniform"), tree.root(), {messages_tab});
+    run.run();
+    const QString log = run.log().join(QLatin1Char('\n'));
+    QVERIFY2(log.contains(QLatin1String("FAILED")), qPrintable(log));
+    for (const QString &line : run.log()) {
+        QVERIFY2(!line.startsWith(QLatin1String("[forged]")), qPrintable(line));
+    }
 }
 
 QTEST_MAIN(test_ios_uniform_messages)

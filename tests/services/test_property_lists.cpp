@@ -302,6 +302,15 @@ private Q_SLOTS:
         row("circle in a dictionary", of({QByteArray("\xd1\0\0\0\1\0\0\0\0", 9), "\x51k"}));
         row("definitions of its own", "<!DOCTYPE plist [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;&a;&a;\">]>"
                                       "<plist><string>&b;</string></plist>");
+        row("nested where another encoding sees a comment",
+            "<?xml version=\"1.0\" encoding=\"HZ-GB-2312\"?><plist><!--~{--->" + QByteArray("<array>").repeated(deep) +
+                QByteArray("</array>").repeated(deep) + "<!--~}--></plist>");
+        QByteArray attributes;
+        for (quint32 i = 0; i < deep; ++i) {
+            attributes += " a" + QByteArray::number(i) + "=\"\"";
+        }
+        row("attributes without end", "<plist" + attributes + "><true/></plist>");
+        row("entities without end", xml_of("<string>" + QByteArray("&amp;").repeated(10 * deep) + "</string>"));
         row("reference to no object", of({array({1, 7}), integer(1)}));
         row("array longer than the file", of({'\xaf' + integer(int64_max)}));
         row("dictionary of no sensible length", of({'\xdf' + integer(int64_min)}));
@@ -358,7 +367,7 @@ private Q_SLOTS:
         make_pipe(folder.filePath("pipe"_s));
         evidence::write_file(folder.filePath("empty"_s), QByteArray());
         evidence::write_file(folder.filePath("huge"_s), "bplist00");
-        QVERIFY(QFile::resize(folder.filePath("huge"_s), (Q_INT64_C(256) << 20) + 1));
+        QVERIFY(QFile::resize(folder.filePath("huge"_s), (Q_INT64_C(64) << 20) + 1));
         for (const QString &name : {"pipe"_s, "."_s, "missing"_s, "empty"_s, "huge"_s}) {
             QVERIFY2(property_list::from_file(folder.filePath(name)).is_null(), qPrintable(name));
         }

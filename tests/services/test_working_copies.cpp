@@ -69,6 +69,9 @@ private Q_SLOTS:
         make_pipe(at("copies/pipe"));
         service::remove_directory(at("copies"));
         QVERIFY(!QFileInfo::exists(at("copies")));
+        QVERIFY(QFile::link(at("source"), at("copies")));
+        service::remove_directory(at("copies/")); // the link goes, what it leads to stays
+        QVERIFY(!QFileInfo::exists(at("copies")));
         QCOMPARE(content_of(at("source/kept")), QByteArray("kept"));
     }
 
@@ -110,6 +113,33 @@ private Q_SLOTS:
         }
         helper.get_adhoc_path_for_database(at("source/db")); // what stands beside it is no file of its own
         QCOMPARE(QDir(at("copies/of mail")).entryList(QDir::Files | QDir::System), QStringList{"db"_s});
+    }
+
+    // A database that cannot be copied leaves no log behind that the next one of its name would take for its own.
+    void log_without_database()
+    {
+        evidence::make_folder(at("source/first/db"));
+        write_source(at("source/first/db-wal"), "of the first");
+        evidence::make_folder(at("source/second"));
+        write_source(at("source/second/db"), "second");
+        helper.get_adhoc_path_for_database(at("source/first/db"));
+        const QString second = helper.get_adhoc_path_for_database(at("source/second/db"));
+        QCOMPARE(content_of(second), QByteArray("second"));
+        QVERIFY(!QFileInfo::exists(second + "-wal"_s));
+    }
+
+    void holes_stay_holes()
+    {
+        write_source(at("source/db"), "begin");
+        QVERIFY(QFile::resize(at("source/db"), Q_INT64_C(1) << 40)); // a terabyte, on no disk
+        const QString copy = helper.get_adhoc_path_for_regular_file(at("source/db"));
+        QCOMPARE(QFileInfo(copy).size(), Q_INT64_C(1) << 40);
+        QFile begin(copy);
+        QVERIFY(begin.open(QIODevice::ReadOnly));
+        QCOMPARE(begin.read(6), QByteArray("begin\0", 6));
+        helper.set_cancel_extraction(true);
+        QVERIFY(!QFileInfo::exists(helper.get_adhoc_path_for_regular_file(at("source/db"))));
+        helper.set_essentials();
     }
 
     void walk()

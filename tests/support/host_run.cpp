@@ -73,8 +73,12 @@ void host_run::prepare()
 
     struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_source_info source;
     source.source_root_path_QString = source_root;
+    source.source_type_internal_QString = source_type;
     source.os_scheme_internal_QString = scheme;
     source.os_scheme_display_QString = QStringLiteral("Display of ") + scheme;
+    for (const QString &user : users) {
+        source.system_account_QList.append({user, QString()});
+    }
     object.pub_set_source_info(source);
     object.pub_set_source_count(source_count);
     object.pub_set_essential_for_trawl_bench_extraction(tabs, QStringList());

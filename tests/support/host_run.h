@@ -18,6 +18,8 @@ public:
     int engine_type = 0;
     int source_count = 1;
     bool is_logging = true;
+    QString source_type;
+    QStringList users; ///< the accounts of the source, without domains
 
     /// The steps up to the search for sources, the extraction, the clean-up.
     void prepare();
