@@ -37,8 +37,9 @@ public:
     void list(sqlite3 *connection, const std::string &source_count_name);
 
     /// mail_name(id), mail_bcc(id), mail_reply_to(id), mail_addressed(id), mail_size(id), mail_created(id),
-    /// mail_exists(id) and mail_attributes(id), of the mail file of a row of the index; NULL for what is not there. Called
-    /// one behind the other for the same id, they touch the file once. The connection must not outlive this object.
+    /// mail_exists(id) and mail_attributes(id), of the mail file of a row of the index; NULL for what is not there.
+    /// Called one behind the other for the same id, they touch the file once. The connection must not outlive this
+    /// object.
     void add_functions(sqlite3 *connection);
 
     /// Lists the folder of a mail's attachments. In: path (behind the root) and name of the mail file. Out: the paths

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
+#include <iterator>
 
 namespace {
 
@@ -50,6 +50,14 @@ constexpr const char *texts_in_front_of_word[] = {"=?utf-8?B?", "Reply-To:", "To
 bool stays_in_place(char character)
 {
     return character != '\0' && !std::strchr(replaced_characters, character);
+}
+
+// As QByteArray's own, which looks at one byte at a time: lines and zero bytes are looked for in all of every mail.
+int index_of(const QByteArray &text, char character, int from)
+{
+    const auto size = static_cast<std::size_t>(text.size() - from);
+    const auto *found = static_cast<const char *>(std::memchr(text.constData() + from, character, size));
+    return found ? static_cast<int>(found - text.constData()) : -1;
 }
 
 void remove_all(QByteArray &text, const char *removed)
@@ -127,11 +135,11 @@ bool emlx_header_scanner::read_more()
     window.resize(filled + block_size);
     const auto count = static_cast<int>(read_block(file, window.data() + filled, static_cast<std::size_t>(block_size)));
     window.truncate(filled + std::max(0, count));
-    const int zero_byte = window.indexOf('\0', filled);
+    const int zero_byte = index_of(window, '\0', filled);
     if (zero_byte >= 0) {
         window.truncate(zero_byte);
     }
-    is_complete = count <= 0 || zero_byte >= 0;
+    is_complete = count < block_size || zero_byte >= 0;
     return !is_complete || window.size() > filled;
 }
 
@@ -139,7 +147,7 @@ bool emlx_header_scanner::read_more()
 bool emlx_header_scanner::step_to_next_line()
 {
     do {
-        const int line_end = window.indexOf('\n', position);
+        const int line_end = index_of(window, '\n', position);
         if (line_end >= 0) {
             position = line_end + 1;
             return true;

@@ -40,7 +40,8 @@ struct extended_attributes
 struct macos_file_facts
 {
     bool is_there = false;
-    QString created; ///< seconds since 1970 UTC
+    QString created;   ///< seconds since 1970 UTC
+    QString file_size; ///< bytes; of a folder, those of all files below it
     struct_used_dates used;
     struct_GLOBAL_ARTIFACT_cfstring_attributes attributes;
     extended_attributes extended;

@@ -191,8 +191,8 @@ void mail_macos::extract_allattachments_details_11_12()
     if (!destination.open(destination_open_failure)) {
         return;
     }
-    const QByteArray statement =
-        select_messages_of_later_index + '\'' + plugin_static_function::get_source_count_name().toUtf8() + '\'';
+    const QByteArray statement = select_messages_of_later_index + QByteArray(1, '\'') +
+                                 plugin_static_function::get_source_count_name().toUtf8() + '\'';
     source_query messages{destination, log, statement.constData(), select_failure};
     if (!messages.execute()) {
         return;
@@ -206,6 +206,9 @@ void mail_macos::extract_allattachments_details_11_12()
         const QString folder = store_folder.isEmpty() ? QString() : store_folder + attachments_subfolder;
         const QString message_folder = folder.isEmpty() ? QString() : folder + message.number();
         const located_attachment found = locate_attachment(files, name, folder, message_folder, user);
+        if (cancel_extraction_bool) { // the search may have been broken off
+            return;
+        }
         QString relation = found.shown_folder.artifacts_relation_source_file;
         if (!relation.isEmpty() && !relation.startsWith(users_folder)) {
             relation.prepend(users_folder + user);
@@ -217,8 +220,7 @@ void mail_macos::extract_allattachments_details_11_12()
             {"message_date_sent", message.date_sent},
         };
         append_message_columns(row, message);
-        append_file_columns(row, name, found.file, found.shown_file, found.facts.file_exist(),
-                            found.facts.is_there ? plugin_static_function::mining_size(found.file) : QString());
+        append_file_columns(row, name, found.file, found.shown_file, found.facts.file_exist(), found.facts.file_size);
         append_metadata_columns(row, found.facts, used_date_bounds::without);
         row.push_back(
             {"source_file", joined_paths(found.shown_folder.source_file, behind_source_root(message.source_file))});
@@ -254,6 +256,9 @@ void mail_macos::extract_allattachments_details()
         const QString folder = message.store_folder() + attachments_subfolder; // without a mail file too
         const located_attachment found =
             locate_attachment(files, name, folder, folder + message.number() + QLatin1Char('/'), user);
+        if (cancel_extraction_bool) { // the search may have been broken off
+            return;
+        }
         QString relation = found.shown_folder.artifacts_relation_source_file;
         if (!relation.isEmpty()) {
             relation.prepend(users_folder + user);

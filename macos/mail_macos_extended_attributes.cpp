@@ -3,8 +3,6 @@
 #include "macos/mail_macos.h"
 #include "services/file_metadata.h"
 
-#include <QDateTime>
-#include <QFileInfo>
 #include <QXmlStreamWriter>
 
 namespace {
@@ -258,8 +256,10 @@ macos_file_facts mail_macos::facts_of(const QString &file_path) const
     macos_file_facts facts;
     facts.is_there = !file_path.trimmed().isEmpty() && source.contains(file_path);
     if (facts.is_there) {
-        const QDateTime birth = QFileInfo(file_path).birthTime();
-        facts.created = birth.isValid() ? QString::number(birth.toMSecsSinceEpoch() / 1000) : QString();
+        const file_status status = status_of(file_path);
+        facts.created = status.created ? QString::number(*status.created) : QString();
+        facts.file_size = status.regular_size ? QString::number(*status.regular_size)
+                                              : plugin_static_function::mining_size(file_path);
     }
     const std::optional<file_metadata> item = facts.is_there ? file_metadata::item_at(file_path) : std::nullopt;
     if (item) {

@@ -88,7 +88,7 @@ row_values mail_macos::row_of_message_11_12(source_query &message, later_index_r
         {"view_status", message.text("read") == QLatin1String("1") ? tr("Read") : tr("Unread")},
         {"to_str", recipients.to_str},
         {"cc", recipients.cc},
-        {"emlx_file_size", facts.is_there ? plugin_static_function::mining_size(emlx_complete) : QString()},
+        {"emlx_file_size", facts.file_size},
         {"message_type", message.text("type")},
         {"conversation_id", message.text("conversation_id")},
         {"message", message_text_of(message.text("snippet"))},

@@ -70,7 +70,7 @@ row_values mail_macos::row_of_message(source_query &message, earlier_index_reade
         {"flagged", message.text("flagged")},
         {"to_str", recipients.to_str},
         {"cc", recipients.cc},
-        {"emlx_file_size", facts.is_there ? plugin_static_function::mining_size(emlx_on_disk) : QString()},
+        {"emlx_file_size", facts.file_size},
         {"message_type", message.text("type")},
         {"conversation_id", message.text("conversation_id")},
         {"message", message_text_of(message.text("snippet"))},

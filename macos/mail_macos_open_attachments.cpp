@@ -103,10 +103,11 @@ void mail_macos::extract_open_attachment_11_12(const QString &folder, const QStr
         behind_source_root(folder), user, source_type_internal_QString);
     const QStringList files = sub_get_attachment_files_from_folder(folder);
     for (const QString &file : files) {
-        if (cancel_extraction_bool) {
+        const row_values row = row_of_downloaded_attachment(file, user, shown_folder);
+        if (cancel_extraction_bool) { // it may have been filled in part only
             return;
         }
-        rows.insert(row_of_downloaded_attachment(file, user, shown_folder));
+        rows.insert(row);
     }
     destination.finish();
     log("END");
@@ -117,7 +118,7 @@ row_values mail_macos::row_of_downloaded_attachment(const QString &file, const Q
 {
     const QString complete = plugin_static_function::get_complete_file_path(file, user, source_type_internal_QString);
     macos_file_facts facts = facts_of(complete);
-    const QString size = facts.is_there ? plugin_static_function::mining_size(complete) : QString();
+    const QString size = facts.file_size;
     if (complete != file) { // existence and creation time are those of the file that was met
         const macos_file_facts met = facts_of(file);
         facts.is_there = met.is_there;
@@ -171,12 +172,14 @@ void mail_macos::extract_xcode_open_attachments(const QString &file, const QStri
     const artifact_source_file shown_list = plugin_static_function::get_final_artifact_source_file(
         behind_source_root(file.trimmed()), user, source_type_internal_QString);
     for (const property_list_value &attachment : list.root().elements()) {
-        if (cancel_extraction_bool) {
+        if (!attachment.is_dictionary()) {
+            continue;
+        }
+        const row_values row = row_of_listed_attachment(attachment, user, source_root, shown_list);
+        if (cancel_extraction_bool) { // it may have been filled in part only
             return;
         }
-        if (attachment.is_dictionary()) {
-            rows.insert(row_of_listed_attachment(attachment, user, source_root, shown_list));
-        }
+        rows.insert(row);
     }
     log("[extract_xcode_open_attachments] end");
 }

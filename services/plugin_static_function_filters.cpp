@@ -1,8 +1,8 @@
 // Suffixes, sizes, and the filters that take a value out of its printed description.
 #include "core/plugin_static_function.h"
+#include "services/source_files.h"
 
-#include <QDir>
-#include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
 #include <QStringList>
 
@@ -50,16 +50,14 @@ QString plugin_static_function::mining_size(const QString &path)
         return QString::number(info.size());
     }
     qint64 sum = 0;
-    QDirIterator entries(path, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                         QDirIterator::Subdirectories);
-    while (entries.hasNext()) {
+    folder_walk entries(path, links::follow, hidden_entries::meet);
+    while (entries.next()) {
         if (bool_cancel_extraction) {
             return QString::number(info.size());
         }
-        entries.next();
-        const QFileInfo entry = entries.fileInfo();
-        if (!entry.isDir() && !entry.isSymLink()) {
-            sum += entry.size();
+        if (entries.kind() == folder_walk::entry_kind::file) {
+            const QString entry = path + QLatin1Char('/') + QFile::decodeName(entries.relative_path());
+            sum += status_of(entry).regular_size.value_or(0);
         }
     }
     return QString::number(sum);

@@ -1,5 +1,6 @@
 #include "services/source_files.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
@@ -162,6 +163,34 @@ file_descriptor open_source_file(const QString &path, links policy)
     return file;
 }
 
+file_status status_of(const QString &path)
+{
+    file_status found;
+#ifdef STATX_BTIME
+    // Asked of the system itself: on its way through local time the answer would cost several looks at the time zone.
+    struct statx status = {};
+    if (::statx(AT_FDCWD, encoded(path).constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+        return found;
+    }
+    if (status.stx_mask & STATX_BTIME) { // cut towards zero
+        found.created = (status.stx_btime.tv_sec * 1000 + status.stx_btime.tv_nsec / 1000000) / 1000;
+    }
+    if (S_ISREG(status.stx_mode)) {
+        found.regular_size = static_cast<qint64>(status.stx_size);
+    }
+#else
+    const QFileInfo info(path);
+    const QDateTime birth = info.birthTime();
+    if (birth.isValid()) {
+        found.created = birth.toMSecsSinceEpoch() / 1000;
+    }
+    if (info.isFile()) {
+        found.regular_size = info.size();
+    }
+#endif
+    return found;
+}
+
 qint64 read_block(const file_descriptor &file, char *data, std::size_t size)
 {
     ssize_t count = 0;
@@ -222,7 +251,11 @@ source_boundary::source_boundary(const QString &root) : canonical_root(canonical
 
 bool source_boundary::contains(const QString &path) const
 {
-    return !canonical_root.isEmpty() && canonical_path(path).startsWith(canonical_root);
+    if (path != last_path) {
+        last_path = path;
+        is_last_inside = !canonical_root.isEmpty() && canonical_path(path).startsWith(canonical_root);
+    }
+    return is_last_inside;
 }
 
 folder_walk::folder_walk(const QString &folder, links policy, hidden_entries policy_of_hidden)

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 enum class links
@@ -45,6 +46,16 @@ private:
 /// Out: the opened regular file; none when it is missing, not readable or of another kind.
 file_descriptor open_source_file(const QString &path, links policy = links::follow);
 
+/// What the file system tells of a file.
+struct file_status
+{
+    std::optional<qint64> created;      ///< seconds since 1970; none when the file system keeps no such time
+    std::optional<qint64> regular_size; ///< bytes; none for what is no regular file
+};
+
+/// Out: the status of what stands at the path, links followed; an empty one when nothing does.
+file_status status_of(const QString &path);
+
 /// Reads the next bytes of an open file. Out: how many; 0 at the end, -1 for an error.
 qint64 read_block(const file_descriptor &file, char *data, std::size_t size);
 
@@ -69,6 +80,8 @@ public:
 
 private:
     QByteArray canonical_root; // with a slash behind; empty when there is none
+    mutable QString last_path; // a file is asked for several times in a row
+    mutable bool is_last_inside = false;
 };
 
 /// The same for a single path.

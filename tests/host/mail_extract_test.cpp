@@ -37,6 +37,7 @@ private Q_SLOTS:
     void source_is_recognised();
 
     void run_extracts_and_leaves_the_source_alone();
+    void run_extracts_every_user_of_a_volume();
     void run_continues_results_and_replaces_its_log();
     void enciphered_log_deciphers();
     void failures_are_told();
@@ -207,6 +208,28 @@ void mail_extract_test::run_extracts_and_leaves_the_source_alone()
         QCOMPARE(row.value(QLatin1String("source_count_name")).toString(), QStringLiteral("Source7"));
         QCOMPARE(row.value(QLatin1String("os_scheme_display")).toString(), QStringLiteral("iOS File System"));
     }
+}
+
+// Of 300 messages 210 and 30 lie in the two stores of anna and 60 in that of jörg.
+void mail_extract_test::run_extracts_every_user_of_a_volume()
+{
+    const QStringList source_before = state_of(path(QStringLiteral("volume")));
+    const finished_program volume = run(QStringLiteral("run volume --result case/volume"));
+    QCOMPARE(volume.errors, QString());
+    QCOMPARE(volume.exit_code, 0);
+    QVERIFY(has_line(volume.output, QStringLiteral("Users: anna, jörg")));
+    QVERIFY(has_line(volume.output, QStringLiteral("  messages                 300")));
+    QVERIFY(has_line(volume.output, QStringLiteral("  open_attachments           7")));
+    QVERIFY(volume.output.contains(QLatin1String(": 9 of 9 tabs, ")));
+
+    const finished_program home =
+        run(QStringLiteral("run volume/Users/jörg --home --tabs messages --result case/home"));
+    QCOMPARE(home.exit_code, 0);
+    QVERIFY(has_line(home.output, QStringLiteral("Users: jörg")));
+    QVERIFY(has_line(home.output, QStringLiteral("  messages          60")));
+    const finished_program tables = run(QStringLiteral("show case/home --csv"));
+    QVERIFY2(tables.output.contains(QLatin1String("emlx_list,5")), qPrintable(tables.output));
+    QCOMPARE(state_of(path(QStringLiteral("volume"))), source_before);
 }
 
 void mail_extract_test::run_continues_results_and_replaces_its_log()

@@ -1,6 +1,7 @@
 #include "tests/host/samples.h"
 
 #include "evidence/sample_ios_file_tree.h"
+#include "evidence/sample_macos_mail_tree.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -82,6 +83,10 @@ bool make_samples(const QString &folder)
     evidence::sample_ios_file_tree_options options;
     options.message_count = sample_messages;
     evidence::write_sample_ios_file_tree(samples.filePath(QStringLiteral("ios")), options);
+    evidence::sample_macos_mail_tree_options volume_options;
+    volume_options.message_count = sample_messages;
+    volume_options.storage = evidence::sqlite_storage::wal_only;
+    evidence::write_sample_macos_mail_tree(samples.filePath(QStringLiteral("volume")), volume_options);
 
     return std::all_of(std::begin(folders), std::end(folders),
                        [&](const char *made) { return samples.mkpath(QString::fromLatin1(made)); }) &&

@@ -9,8 +9,9 @@
 constexpr int patience_milliseconds = 60000;
 constexpr int sample_messages = 300;
 
-/// Fills the folder: "ios" is a whole source, "mac", "windows", "backup" and "two" have what sources are recognised by,
-/// "bare" has nothing, "shown" is a result folder with a small database. Out: whether all of that succeeded.
+/// Fills the folder: "ios" and "volume" (macOS) are whole sources, "mac", "windows", "backup" and "two" have what
+/// sources are recognised by, "bare" has nothing, "shown" is a result folder with a small database. Out: whether all of
+/// that succeeded.
 bool make_samples(const QString &folder);
 
 /// Makes the file and its folders. Out: whether that succeeded.

@@ -186,8 +186,8 @@ void test_emlx_header_scanner::reads_fields_data()
     row("first line of each counts", "Bcc: 1\nBCC: 2\nReply-to: 3\nReply-To: 4\n", " 1", " 3");
     row("other capitals, leading blanks", "bcc: 1\nBCc: 2\n Bcc: 3\nREPLY-TO: 4\n\tReply-To: 5\n", "", "");
     row("in the body", "From: a@x\n\nBody\nBcc: b@x\n\n<plist>\nReply-To: c@x\n</plist>", " b@x", " c@x");
-    row("behind a zero byte", QByteArray("Bcc: a@x\nX: \0\nReply-To: b@x\n", 30), " a@x", "");
-    row("cut by a zero byte", QByteArray("Bcc: a@x\0b\nReply-To: b@x\n", 26), " a@x", "");
+    row("behind a zero byte", QByteArray("Bcc: a@x\nX: ") + '\0' + "\nReply-To: b@x\n", " a@x", "");
+    row("cut by a zero byte", QByteArray("Bcc: a@x") + '\0' + "b\nReply-To: b@x\n", " a@x", "");
     row("line joined away", "To: a@x,\r\nBcc: b@x\r\n", "", "");
     row("line joined away twice", "To: a@x, \r\n\r\nBcc: b@x\r\n", "", "");
     row("line kept by a second CR LF", "To: a@x,\r\n\r\nBcc: b@x\r\n", " b@x", "");

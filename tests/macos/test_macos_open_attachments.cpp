@@ -281,7 +281,7 @@ void test_macos_open_attachments::failures_of_the_result_database()
 
 void test_macos_open_attachments::cancelled_from_another_thread()
 {
-    constexpr int element_count = 100000;
+    constexpr int element_count = 20000;
     QVariantList elements;
     for (int i = 0; i < element_count; ++i) {
         elements.append(property_list_dictionary{{"PartNumber", QString::number(i)}});
@@ -292,7 +292,7 @@ void test_macos_open_attachments::cancelled_from_another_thread()
     const auto run = new_run(*tree);
     run->prepare();
     std::thread host([&run] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(40));
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
         run->plugin().pub_cancel_extraction();
     });
     run->extract();
