@@ -52,4 +52,62 @@ constexpr const char *create_emlx_list =
     "source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
     "artifacts_relation_source_file VARCHAR(1024))";
 
+constexpr const char *create_signature =
+    "CREATE TABLE IF NOT EXISTS 'signature'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),domain_user VARCHAR(1024),"
+    "signature VARCHAR(1024),signature_name VARCHAR(1024),signature_uid VARCHAR(1024),"
+    "is_selected VARCHAR(1024),related_account_id VARCHAR(1024),related_account_name VARCHAR(1024),"
+    "signature_selection_method VARCHAR(1024),trawl_tag_value VARCHAR(1024),notes_icon VARCHAR(1024),"
+    "tags_icon VARCHAR(1024),os_scheme_display VARCHAR(1024),source_count_name VARCHAR(1024),"
+    "source_file VARCHAR(1024),artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
+constexpr const char *create_accounts =
+    "CREATE TABLE IF NOT EXISTS 'accounts'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),domain_user VARCHAR(1024),"
+    "user_name VARCHAR(1024),display_name VARCHAR(1024),syncs_read_state INTEGER,"
+    "owner_bundle_id VARCHAR(1024),account_description VARCHAR(1024),unique_id VARCHAR(1024),"
+    "account_identifier VARCHAR(1024),date_added INTEGER,signature VARCHAR(1024),"
+    "emailaddress varchar(50),uniqueid varchar(50),mailaccountname varchar(50),accountpath varchar(100),"
+    "accounttype varchar(50),accounturl varchar(50),hostname varchar(100),ispaccountid varchar(50),"
+    "portnumber varchar(10),smtpidentifier varchar(50),servername varchar(100),vendor varchar(100),"
+    "archive_mailbox_name varchar(50),drafts_mailbox_name varchar(50),notes_mailbox_name varchar(50),"
+    "sent_mailbox_name varchar(50),to_dos_mailbox_name varchar(50),trash_mailbox_name varchar(50),"
+    "status varchar(50),signatures_id varchar(50),signature_name varchar(50),signatures varchar(50),"
+    "dateoflastsync INTEGER,trawl_tag_value VARCHAR(1024),notes_icon VARCHAR(1024),"
+    "tags_icon VARCHAR(1024),os_scheme_display VARCHAR(1024),source_count_name VARCHAR(1024),"
+    "source_file VARCHAR(1024),artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
+constexpr const char *create_vip_contacts =
+    "CREATE TABLE IF NOT EXISTS 'vip_contacts'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),domain_user VARCHAR(1024),"
+    "vip_name VARCHAR(1024),address VARCHAR(1024),account VARCHAR(1024),unread_count VARCHAR(1024),"
+    "mailbox_uid VARCHAR(1024),unique_id VARCHAR(1024),sort_order VARCHAR(1024),"
+    "sort_descending VARCHAR(1024),message_count VARCHAR(1024),recent_interaction_date INTEGER,"
+    "trawl_tag_value VARCHAR(1024),notes_icon VARCHAR(1024),tags_icon VARCHAR(1024),"
+    "os_scheme_display VARCHAR(1024),source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
+    "artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
+constexpr const char *create_rules =
+    "CREATE TABLE IF NOT EXISTS 'rules'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),domain_user VARCHAR(1024),"
+    "rule_name VARCHAR(1024),rule_id VARCHAR(1024),met_condition VARCHAR(1024),conditions VARCHAR(1024),"
+    "reply_to_message VARCHAR(1024),copy_to_mailbox VARCHAR(1024),copy_to_mailbox_url VARCHAR(1024),"
+    "delete_message VARCHAR(1024),flag_color VARCHAR(1024),highlight_text_using_color VARCHAR(1024),"
+    "move_to_mailbox VARCHAR(1024),move_to_mailbox_url VARCHAR(1024),mark_as_flaged VARCHAR(1024),"
+    "mark_as_read VARCHAR(1024),send_notification VARCHAR(1024),should_copy_message VARCHAR(1024),"
+    "should_transfer_message VARCHAR(1024),forword_message VARCHAR(1024),redirect_message VARCHAR(1024),"
+    "bounce_icon_in_dock VARCHAR(1024),play_sound VARCHAR(1024),stop_evaluating_rules VARCHAR(1024),"
+    "trawl_tag_value VARCHAR(1024),notes_icon VARCHAR(1024),tags_icon VARCHAR(1024),"
+    "os_scheme_display VARCHAR(1024),source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
+    "artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
+constexpr const char *create_smart_mailboxes =
+    "CREATE TABLE IF NOT EXISTS 'smart_mailboxes'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),domain_user VARCHAR(1024),"
+    "mailbox_name VARCHAR(1024),mailbox_id VARCHAR(1024),include_messages_from_trash VARCHAR(1024),"
+    "include_messages_from_sent VARCHAR(1024),met_condition VARCHAR(1024),conditions VARCHAR(1024),"
+    "trawl_tag_value VARCHAR(1024),notes_icon VARCHAR(1024),tags_icon VARCHAR(1024),"
+    "os_scheme_display VARCHAR(1024),source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
+    "artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
 } // namespace bench

@@ -39,7 +39,7 @@ void describe_source(mail &plugin, const work &work, const QString &root)
     plugin.pub_set_source_info(source);
     plugin.pub_set_desktop_info(struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_desktop_info());
     plugin.pub_set_source_count(source_number);
-    plugin.pub_set_essential_for_trawl_bench_extraction({QLatin1String(work.tab)}, {});
+    plugin.pub_set_essential_for_trawl_bench_extraction(QString::fromLatin1(work.tabs).split(QLatin1Char(',')), {});
     plugin.pub_set_extended_attributes_list({});
 }
 

@@ -31,15 +31,11 @@ QString difference_of_rows(sqlite3_stmt *floor, sqlite3_stmt *plugin)
     return {};
 }
 
-} // namespace
-
-QString first_difference(const work &work, const QString &floor_database, const QString &plugin_database)
+QString first_difference(const compared_table &table, sqlite3 *floor, sqlite3 *plugin)
 {
-    const evidence::sqlite_connection floor = open_database(floor_database);
-    const evidence::sqlite_connection plugin = open_database(plugin_database);
-    const QByteArray query = QByteArray("SELECT ") + work.columns + " FROM " + work.table + " ORDER BY " + work.key;
-    const evidence::sqlite_statement floor_rows = prepare(floor.get(), query);
-    const evidence::sqlite_statement plugin_rows = prepare(plugin.get(), query);
+    const QByteArray query = QByteArray("SELECT ") + table.columns + " FROM " + table.table + " ORDER BY " + table.key;
+    const evidence::sqlite_statement floor_rows = prepare(floor, query);
+    const evidence::sqlite_statement plugin_rows = prepare(plugin, query);
     for (qint64 row = 1;; ++row) {
         const bool has_floor_row = sqlite3_step(floor_rows.get()) == SQLITE_ROW;
         const bool has_plugin_row = sqlite3_step(plugin_rows.get()) == SQLITE_ROW;
@@ -51,9 +47,26 @@ QString first_difference(const work &work, const QString &floor_database, const 
                                              .arg(has_floor_row ? QLatin1String("floor") : QLatin1String("plug-in"))
                                        : difference_of_rows(floor_rows.get(), plugin_rows.get());
         if (!difference.isEmpty()) {
-            return QStringLiteral("Row %1 in the order of %2: %3.").arg(row).arg(QLatin1String(work.key), difference);
+            return QStringLiteral("Row %1 of %2 in the order of %3: %4.")
+                .arg(row)
+                .arg(QLatin1String(table.table), QLatin1String(table.key), difference);
         }
     }
+}
+
+} // namespace
+
+QString first_difference(const work &work, const QString &floor_database, const QString &plugin_database)
+{
+    const evidence::sqlite_connection floor = open_database(floor_database);
+    const evidence::sqlite_connection plugin = open_database(plugin_database);
+    QString difference = first_difference({work.table, work.columns, work.key}, floor.get(), plugin.get());
+    if (work.further_tables != nullptr) {
+        for (const compared_table &table : *work.further_tables) {
+            difference = difference.isEmpty() ? first_difference(table, floor.get(), plugin.get()) : difference;
+        }
+    }
+    return difference;
 }
 
 qint64 row_count(const work &work, const QString &database)

@@ -1,9 +1,13 @@
 #include "bench/works.h"
 
 #include "bench/ios_uniform_floor.h"
+#include "bench/macos_configuration_floor.h"
 #include "bench/macos_floor.h"
+#include "evidence/macos_configuration.h"
 #include "evidence/sample_ios_file_tree.h"
 #include "evidence/sample_macos_mail_tree.h"
+
+#include <algorithm>
 
 namespace bench {
 
@@ -29,7 +33,23 @@ void make_macos_store(const evidence_request &request)
     evidence::write_sample_macos_mail_tree(request.root, options);
 }
 
-constexpr std::array<work, 3> works = {{
+/// Sized by its VIPs: 20,000 of them come with 2,000 rules, 2,000 smart mailboxes, 500 signatures and 50 accounts.
+void make_macos_configuration(const evidence_request &request)
+{
+    const int vips = static_cast<int>(request.size);
+    evidence::sample_random random(1);
+    QVector<evidence::macos_sample_account> accounts;
+    for (int number = 0; number < std::max(1, vips / 400); ++number) {
+        accounts.append(evidence::sample_account(number, random));
+    }
+    evidence::macos_mail_tree tree(request.root, request.storage);
+    evidence::macos_configuration configuration(tree, QLatin1String(macos_user), accounts, random);
+    configuration.write_lists(macos_configuration_generation, {vips / 10, vips / 10, vips, vips / 40});
+    configuration.write_accounts(macos_configuration_generation);
+    tree.finish();
+}
+
+constexpr std::array<work, 4> works = {{
     {"ios-uniform",
      "the messages of an iOS file system",
      "messages",
@@ -69,6 +89,20 @@ constexpr std::array<work, 3> works = {{
      false,
      macos_attachment_columns,
      "INT"},
+    {"macos-config",
+     "the VIPs of a macOS user, a tenth as many rules and smart mailboxes, a fortieth signatures",
+     "VIPs",
+     {2000, 20000},
+     make_macos_configuration,
+     "macOS",
+     "signature,accounts,vip_contacts,rules,smart_mailboxes",
+     macos_user,
+     run_macos_configuration_floor,
+     "vip_contacts",
+     true,
+     macos_vip_columns,
+     "INT",
+     &macos_configuration_tables},
 }};
 
 } // namespace

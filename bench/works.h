@@ -19,6 +19,14 @@ struct evidence_request
     evidence::sqlite_storage storage = evidence::sqlite_storage::plain;
 };
 
+/// A table that floor and plug-in both fill.
+struct compared_table
+{
+    const char *table;
+    const char *columns; ///< those that both fill
+    const char *key;     ///< tells the rows apart and orders them
+};
+
 struct work
 {
     const char *name;
@@ -29,16 +37,17 @@ struct work
     void (*make_evidence)(const evidence_request &request);
 
     const char *scheme; ///< what the plug-in is told
-    const char *tab;
-    const char *user; ///< of the source; null: none is named
+    const char *tabs;   ///< with commas between them
+    const char *user;   ///< of the source; null: none is named
 
     /// Fills the table of the work in the database, which does not stand yet. In: the root, ending in a slash.
     void (*run_floor)(const QString &root, const QString &database_path, stopwatch &watch);
 
     const char *table;   ///< where the rows of both lie
     bool is_row_an_item; ///< as many rows are due as items; else as many as the floor gives
-    const char *columns; ///< those that both fill
-    const char *key;     ///< tells the rows apart and orders them
+    const char *columns; ///< as of a compared table
+    const char *key;
+    const std::array<compared_table, 4> *further_tables = nullptr; ///< of works that fill several
 };
 
 /// Out: null when there is no such work.

@@ -26,7 +26,7 @@ void make_look_up_fast(source_session &source, const look_up_table &table)
         return source.database().execute(statement.constData());
     };
     const bool is_copied =
-        execute("PRAGMA temp.max_page_count = 1048576") && // what is named as a table may never end
+        execute("PRAGMA temp.max_page_count = 65536") && // what is named as a table may never end
         execute("CREATE TEMP TABLE " + name + " AS SELECT " + table.columns + " FROM main." + name) &&
         execute("CREATE INDEX temp." + name + "_by_key ON " + name + '(' + table.key + ')');
     if (!is_copied) {

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr int busy_timeout_ms = 5000;
-constexpr int longest_source_value = 64 << 20; // bytes: a formula in the schema can make a text of any length
+constexpr int longest_source_value = 16 << 20; // bytes: a formula in the schema can make a text of any length
 constexpr int steps_between_cancel_tests = 10000;
 
 int is_raised(void *flag)
@@ -55,6 +55,7 @@ bool sqlite_database::open_for_reading(const QString &path, const std::atomic<bo
     sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr); // a view can have rows without end
     sqlite3_limit(handle.get(), SQLITE_LIMIT_LENGTH, longest_source_value);
+    execute("PRAGMA temp_store = MEMORY"); // temporary tables hold evidence: none of it on the examiner's disk
     sqlite3_progress_handler(handle.get(), steps_between_cancel_tests, &is_raised,
                              const_cast<std::atomic<bool> *>(&cancel_flag));
     return true;

@@ -1,5 +1,6 @@
 #include "evidence/sample_macos_mail_tree.h"
 
+#include "evidence/macos_configuration.h"
 #include "evidence/macos_mail_tree.h"
 #include "evidence/sample_emlx.h"
 #include "evidence/sample_random.h"
@@ -34,6 +35,15 @@ struct mailbox_layout
     int share; ///< in the draw of a mail's mailbox
 };
 
+/// An account: the scheme and identifier of its URLs, its user and its name.
+struct account_layout
+{
+    const char *scheme;
+    const char *identifier;
+    const char *user_name;
+    const char *description;
+};
+
 // clang-format off
 constexpr std::array<store_layout, 3> volume_stores = {{
     {"anna", 6, 70},
@@ -50,6 +60,13 @@ constexpr std::array<mailbox_layout, 6> mailbox_layouts = {{
     {"ews://17D2A0C4-55B1-4E0E-9E77-0C1B2A394857/Inbox",                           "17D2A0C4-55B1-4E0E-9E77-0C1B2A394857/Inbox.mbox",                         2},
     {"local:///Auf%20meinem%20Mac/%E4%BC%9A%E8%AD%B0",                             "Mailboxes/Auf meinem Mac.mbox/会議.mbox",                                 1},
     {"imap://anna@mail.example.org/Entw%C3%BCrfe",                                 "IMAP-anna@mail.example.org/Entwürfe.mbox",                                1},
+}};
+
+// Those that the mailboxes belong to.
+constexpr std::array<account_layout, 3> account_layouts = {{
+    {"imap", "anna@mail.example.org",                "anna@mail.example.org",      "Privat"},
+    {"imap", "9B6E1F20-3C4D-4E5A-8F60-A1B2C3D4E5F6", "anna.mueller@gmail.example", "Gmail"},
+    {"ews",  "17D2A0C4-55B1-4E0E-9E77-0C1B2A394857", "amueller@firma.example",     "Büro"},
 }};
 // clang-format on
 constexpr size_t drafts = mailbox_layouts.size() - 1;
@@ -81,6 +98,7 @@ public:
                 left -= count;
             }
             add_opened_attachments();
+            add_configuration();
         }
         tree.finish();
         return summary;
@@ -94,6 +112,7 @@ private:
     void add_attachments(macos_mail_store &store, qint64 row_id, sample_mail &mail);
     void add_files(macos_mail_store &store, qint64 row_id, const mailbox_layout &mailbox, const sample_mail &mail);
     void add_opened_attachments();
+    void add_configuration();
 
     const sample_macos_mail_tree_options &options;
     sample_random random;
@@ -253,6 +272,30 @@ void writer::add_opened_attachments()
     tree.write_opened_attachments(user, QStringLiteral("OpenedAttachments.plist"), elements.mid(0, 1),
                                   property_list_form::xml);
     summary.opened_attachments = 2 * opened.size() + 1;
+}
+
+/// What the users have set, with a choice of its own: the mails are the same with it and without it.
+void writer::add_configuration()
+{
+    sample_random choices(options.seed + 1);
+    QVector<macos_sample_account> accounts;
+    for (const account_layout &account : account_layouts) {
+        accounts.append({QString::fromUtf8(account.scheme), QString::fromUtf8(account.identifier),
+                         QString::fromUtf8(account.user_name), QString::fromUtf8(account.description)});
+    }
+    for (const QString &user : summary.users) {
+        macos_configuration configuration(tree, user, accounts, choices);
+        for (const store_layout &layout : volume_stores) {
+            if (QString::fromUtf8(layout.user) != user) {
+                continue;
+            }
+            if (layout.generation > 2) {
+                configuration.write_lists(layout.generation, macos_configuration_size());
+            }
+            configuration.write_accounts(layout.generation);
+        }
+        configuration.write_preferences();
+    }
 }
 
 } // namespace

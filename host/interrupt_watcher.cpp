@@ -56,7 +56,7 @@ interrupt_watcher::~interrupt_watcher()
         return;
     }
     for (const int watched : watched_signals) {
-        std::signal(watched, SIG_DFL);
+        std::signal(watched, SIG_IGN); // the run is over, what is left is to say so
     }
     send(writing_end, byte_leave);
     thread.join();

@@ -1,6 +1,7 @@
 // Table messages: one row a message of the device's two mail indexes, with the place of its mail file.
 #include "ios/mail_ios_uniform.h"
 
+#include "core/joined_text.h"
 #include "core/result_session.h"
 #include "core/row_writer.h"
 #include "core/source_session.h"
@@ -8,7 +9,6 @@
 #include "services/plugin_helper_functions.h"
 
 #include <QSet>
-#include <QStringList>
 
 #include <optional>
 
@@ -62,8 +62,8 @@ struct message_record
     QString sender_address;
     QString sender_name;
     QString summary;
-    QStringList recipients;
-    QString mail_file; // full path
+    QString recipients; // their addresses, joined by ","
+    QString mail_file;  // full path
 };
 
 // Joins the two indexes and the mail files into messages.
@@ -80,7 +80,7 @@ public:
           senders{protected_index, log, select_sender, select_sender_failure}, summaries{protected_index, log,
                                                                                          select_summary,
                                                                                          select_summary_failure},
-          receivers{protected_index, log, select_receiver, select_receiver_failure}, mail_files(files),
+          receivers{protected_index, log, select_receiver, select_receiver_failure}, log(log), mail_files(files),
           is_cancelled(cancel_flag)
     {
     }
@@ -155,6 +155,7 @@ private:
     void look_up_recipients(message_record &message)
     {
         QSet<QString> known;
+        joined_text addresses{log};
         recipients.execute({message.row_id});
         while (step(recipients)) {
             receivers.execute({recipients.text("address")});
@@ -162,9 +163,13 @@ private:
                 const QString address = receivers.text("address");
                 if (!known.contains(address)) {
                     known.insert(address);
-                    message.recipients.append(address);
+                    addresses.append(address, QStringLiteral(","));
                 }
             }
+        }
+        message.recipients = addresses.text();
+        if (!message.recipients.isEmpty()) {
+            message.recipients.chop(1);
         }
     }
 
@@ -175,6 +180,7 @@ private:
     source_query senders;
     source_query summaries;
     source_query receivers;
+    const operation_log &log;
     mail_file_finder &mail_files;
     const std::atomic<bool> &is_cancelled;
     bool has_stopped = false;
@@ -221,7 +227,7 @@ void mail_ios_uniform::extract_mail_messages()
             {"from_str", message->sender_address},
             {"sender_name", message->sender_name},
             {"message", message->summary},
-            {"to_str", message->recipients.join(QLatin1Char(','))},
+            {"to_str", message->recipients},
             {"message_date_sent", message->date_sent},
             {"message_date_received", message->date_received},
             {"message_last_view_date", message->date_last_viewed},

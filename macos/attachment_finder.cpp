@@ -26,16 +26,27 @@ QString attachment_finder::find(const QString &name, const QString &folder)
     return found.isNull() ? QString() : base + QLatin1Char('/') + QFile::decodeName(found);
 }
 
+const macos_file_facts &attachment_finder::facts_of(const QString &file, const std::function<macos_file_facts()> &read)
+{
+    auto known = facts_by_file.find(file);
+    if (known == facts_by_file.end()) {
+        known = facts_by_file.insert(file, read());
+    }
+    return *known;
+}
+
 // Out: false when the extraction was cancelled on the way.
 bool attachment_finder::walk(const QString &base)
 {
     path_of_name.clear();
+    facts_by_file.clear();
     walked_folder = base;
     // A folder that is stored without a slash in front would lie beside the source root, not below it.
-    if (!base.startsWith(source_root) || !source.contains(base)) {
+    // A link on the way could lead to another user's folders, or to all of them, for each message anew.
+    if (!base.startsWith(source_root) || !source.contains_without_links(base)) {
         return true;
     }
-    folder_walk entries(base, links::follow, hidden_entries::meet);
+    folder_walk entries(base, links::refuse, companion_files::meet);
     while (entries.next()) {
         if (is_cancelled) {
             walked_folder = QString();

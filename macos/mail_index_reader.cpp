@@ -1,6 +1,8 @@
 // The look-ups of the two families of the mail index. Fill no table themselves.
 #include "macos/mail_index_reader.h"
 
+#include "core/joined_text.h"
+
 #include "core/look_up_table.h"
 #include "services/percent_encoding.h"
 
@@ -60,8 +62,12 @@ constexpr const char *select_mailbox_url = "select url from mailboxes where ROWI
 constexpr const char *select_recipient_address = "select address from addresses where ROWID = ?";
 constexpr failure_text select_recipient_address_failure{"Execute query_recipient ------FAILED------", "Error :- ", ""};
 
-// Every name that the tables of an index have had.
-constexpr look_up_table tables_by_message[] = {
+// Every name that the tables of an index have had. Their ROWID may be a column like any other.
+constexpr look_up_table looked_up_tables[] = {
+    {"addresses", "ROWID,address,comment", "ROWID"},
+    {"subjects", "ROWID,subject", "ROWID"},
+    {"mailboxes", "ROWID,url,total_count,unread_count,unseen_count,deleted_count", "ROWID"},
+    {"mailboxes", "ROWID,url", "ROWID"},
     {"recipients", "message_id,address_id,type", "message_id"},
     {"recipients", "message,address,type", "message"},
     {"attachments", "message_id,name,type", "message_id"},
@@ -111,7 +117,7 @@ mail_index_reader::mail_index_reader(source_session &index, const index_look_ups
       recipients(query_of(index, look_ups.recipients)),
       recipient_addresses(index, look_ups.recipients.log, select_recipient_address, select_recipient_address_failure)
 {
-    for (const look_up_table &table : tables_by_message) {
+    for (const look_up_table &table : looked_up_tables) {
         make_look_up_fast(index, table);
     }
 }
@@ -135,26 +141,27 @@ QString mail_index_reader::sub_extract_subject_text(const QString &subject_id)
 QString mail_index_reader::sub_extract_attachmented_filenames(const QString &row_id)
 {
     look_ups.attachments.log("start");
-    QString names;
+    joined_text names{look_ups.attachments.log};
     attachments.execute({row_id});
     while (attachments.next()) {
         if (is_cancelled) {
             return QString();
         }
-        names += attachments.text("name") + QLatin1String("; ");
+        names.append(attachments.text("name"), QStringLiteral("; "));
     }
     look_ups.attachments.log("end");
-    return without_last_separator(names);
+    return without_last_separator(names.text());
 }
 
 struct_recipients mail_index_reader::sub_extract_receiver_address(const QString &row_id)
 {
     look_ups.recipients.log("start");
-    struct_recipients found;
+    joined_text to{look_ups.recipients.log};
+    joined_text cc{look_ups.recipients.log};
     recipients.execute({row_id});
     while (recipients.next()) {
         if (is_cancelled) {
-            return found;
+            return {to.text(), cc.text()};
         }
         const QString address_id = recipients.text_at(0);
         const QString type = recipients.text("type");
@@ -162,13 +169,13 @@ struct_recipients mail_index_reader::sub_extract_receiver_address(const QString 
             continue;
         }
         if (type == QLatin1String("0")) {
-            found.to_str += recipient_addresses.text("address") + QLatin1String(", ");
+            to.append(recipient_addresses.text("address"), QStringLiteral(", "));
         } else if (type == QLatin1String("1")) {
-            found.cc += recipient_addresses.text("address") + QLatin1String(", ");
+            cc.append(recipient_addresses.text("address"), QStringLiteral(", "));
         }
     }
     look_ups.recipients.log("end");
-    return {without_last_separator(found.to_str), without_last_separator(found.cc)};
+    return {without_last_separator(to.text()), without_last_separator(cc.text())};
 }
 
 later_index_reader::later_index_reader(source_session &index, result_session &destination,

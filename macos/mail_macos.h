@@ -9,12 +9,14 @@
 #include "macos/file_facts.h"
 #include "macos/mail_index_reader.h"
 #include "macos/message_values.h"
+#include "services/file_metadata.h"
 #include "services/property_list.h"
 #include "services/source_files.h"
 
 #include <QHash>
 
 #include <initializer_list>
+#include <optional>
 #include <vector>
 
 /// Rows of a result table by their ids, both ends included; none when the last is before the first.
@@ -130,26 +132,96 @@ private:
     void delete_rows(const char *statement) const;
 
     // --- Configuration: mail_macos_configuration.cpp -----------------------------------------------------------------
-    void xcode_extract_allsignature(const QString &file, const QString &user, const QString &destination_db,
-                                    const QString &source_root, const QString &signature_folder);
-    void xcode_extract_updatesignature(const QString &file, const QString &user, const QString &destination_db,
-                                       const QString &source_root);
-    void extract_accounts_for_11_12(const QString &mail_folder, const QString &account_database, const QString &user,
-                                    int position);
-    void extract_xcode_accounts(const QString &source_root, const QString &file, const QString &user,
-                                const QString &destination_db);
-    void xcode_extract_vip_list(const QString &file, const QString &user, const QString &destination_db,
-                                const QString &source_root);
-    void xcode_extract_vip_list_15(const QString &file, const QString &user, const QString &destination_db,
-                                   const QString &source_root);
-    void xcode_extract_syncedrule(const QString &file, const QString &user, const QString &destination_db,
-                                  const QString &source_root);
-    void xcode_extract_smartbox(const QString &file, const QString &user, const QString &destination_db,
-                                const QString &source_root);
     void xcode_extract_preferences(const QString &file, const QString &user, const QString &destination_db,
                                    const QString &source_root);
     void xcode_extract_composing_addressing_prefs(const QString &file, const QString &user,
                                                   const QString &destination_db, const QString &source_root);
+
+    /// How the rows of a configuration file show it.
+    artifact_source_file shown_source_of(const QString &file, const QString &user) const;
+    /// The columns of the source that all rows of a configuration file end with.
+    void append_source_columns(row_values &row, const artifact_source_file &shown_source) const;
+
+    // --- Table signature: mail_macos_signatures.cpp ------------------------------------------------------------------
+    /// One row a signature of AllSignatures.plist that has a file in the folder, which ends in a slash.
+    void xcode_extract_allsignature(const QString &file, const QString &user, const QString &destination_db,
+                                    const QString &source_root, const QString &signature_folder);
+    /// Out: none for a file that does not open, leads out of the folder or the source, or is no signature, which is
+    /// logged, and when the extraction is cancelled.
+    std::optional<QString> text_of_signature(const QString &folder, const QString &uid) const;
+    /// Completes the rows with the accounts that AccountsMap.plist assigns the signatures to.
+    void xcode_extract_updatesignature(const QString &file, const QString &user, const QString &destination_db,
+                                       const QString &source_root);
+
+    // --- Table accounts: mail_macos_accounts.cpp ---------------------------------------------------------------------
+    /// A row of ZACCOUNT.
+    struct struct_account_details
+    {
+        QString account_pk;
+        QString account_identifier;
+        QString parent_account;
+        QString account_user_name;
+        QString owning_bundle_id;
+    };
+    /// One row an account of V3 to V9 that a folder of the mail folder is named by, joined with the rows of the table
+    /// signature so far. Without a database there is none.
+    void extract_accounts_for_11_12(const QString &mail_folder, const QString &account_database, const QString &user,
+                                    int position);
+    /// Out: the entries of a folder of the source, sorted; those so far when the extraction is cancelled.
+    QStringList sub_get_identifier_bundle_path(const QString &folder) const;
+    /// Out: the accounts that the folders are named by: their identifiers or addresses.
+    QStringList sub_get_identifier_bundle_name(const QStringList &paths) const;
+    /// Out: for each name the first account that bears it, if any.
+    std::vector<struct_account_details> sub_compare_identifier_with_db(const QStringList &names,
+                                                                       const QString &database_path) const;
+    /// Out: none when its signatures cannot be read, which is logged.
+    std::optional<row_values> row_of_account(source_query &account, source_query &signature_rows, const QString &user,
+                                             const artifact_source_file &shown_sources) const;
+    /// One row an account of Accounts.plist of V2: those that receive, then those that only deliver.
+    void extract_xcode_accounts(const QString &source_root, const QString &file, const QString &user,
+                                const QString &destination_db);
+    /// Out: none for what is no account. Its addresses are added to the text, ";" behind each list.
+    std::optional<row_values> row_of_receiving_account(const property_list_value &account, const QString &user,
+                                                       const artifact_source_file &shown_list,
+                                                       QString &all_addresses) const;
+    row_values row_of_delivery_account(const property_list_value &account, const QString &user,
+                                       const artifact_source_file &shown_list) const;
+    /// Out: null for a path that leads out of the source.
+    QString shown_account_path_of(const QString &stored_path, const QString &user) const;
+
+    // --- Table vip_contacts: mail_macos_vip.cpp ----------------------------------------------------------------------
+    /// One row a VIP of V3 to V6.
+    void xcode_extract_vip_list(const QString &file, const QString &user, const QString &destination_db,
+                                const QString &source_root);
+    /// The same of V7 to V9.
+    void xcode_extract_vip_list_15(const QString &file, const QString &user, const QString &destination_db,
+                                   const QString &source_root);
+    struct vip_layout;
+    /// The steps of both.
+    void extract_vips(const vip_layout &layout, const QString &file, const QString &user,
+                      const QString &destination_db);
+
+    // --- Table rules: mail_macos_rules.cpp ---------------------------------------------------------------------------
+    /// One row a rule of SyncedRules.plist.
+    void xcode_extract_syncedrule(const QString &file, const QString &user, const QString &destination_db,
+                                  const QString &source_root);
+
+    // --- Table smart_mailboxes: mail_macos_smart_mailboxes.cpp -------------------------------------------------------
+    void xcode_extract_smartbox(const QString &file, const QString &user, const QString &destination_db,
+                                const QString &source_root);
+    struct smart_mailbox_criteria;
+    /// Out: none for what is no smart mailbox, which is logged.
+    std::optional<row_values> row_of_smart_mailbox(const property_list_value &mailbox, const QString &user,
+                                                   const artifact_source_file &shown_list) const;
+    /// Those read until the extraction is cancelled.
+    void read_smart_mailbox_criteria(const property_list_value &stored, const QString &user,
+                                     smart_mailbox_criteria &criteria) const;
+    QString text_of_nested_criteria(const property_list_value &nested_criteria, const QString &user) const;
+    /// Out: the text of the date criteria under a key, of which the named ones are told by the name, the others are
+    /// the two ends of a range. Empty for what is no list, for a list with entries of another kind, which is logged,
+    /// and when the extraction is cancelled.
+    QString get_dates_from_nsarray(const QString &key, const property_list_value &dictionary,
+                                   const QString &name) const;
 
     // --- Table emlx_list: mail_macos_emlx.cpp ------------------------------------------------------------------------
     /// Lists the mail files below a store folder of V3 to V9.
@@ -168,13 +240,13 @@ private:
 
     // --- Facts about a file: mail_macos_extended_attributes.cpp -----------------------------------------------------
     /// The attributes that have columns of their own; empty fields for what the file does not carry.
-    struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes(const QString &file_path) const;
+    struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes(const file_metadata &item) const;
     /// Those that link a downloaded attachment with its message.
     struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes_mail(const QString &file_path) const;
-    /// The attributes of the lists, one list a path: the values for search and the XML document. Both are empty when
-    /// the extraction is cancelled.
-    extended_attributes get_extended_attributes(const QStringList &file_paths,
-                                                const QList<QStringList> &attribute_names) const;
+    /// The attributes of these names: the values for search and the XML document, which has an element for each whose
+    /// name can be one. Without an item the document is empty; both are when the extraction is cancelled.
+    extended_attributes get_extended_attributes(const std::optional<file_metadata> &item, const QString &file_path,
+                                                const QStringList &names) const;
     /// All that the result tables say of a file beside its content. A path that is empty, that nothing stands at, or
     /// that leads out of the source, by a link or otherwise, is a file that is not there.
     macos_file_facts facts_of(const QString &file_path) const;

@@ -179,7 +179,7 @@ mail_macos::located_attachment mail_macos::locate_attachment(attachment_finder &
                                                                       source_type_internal_QString);
     found.shown_folder = plugin_static_function::get_final_artifact_source_file(
         behind_source_root(attachments_folder.trimmed()), user, source_type_internal_QString);
-    found.facts = facts_of(found.file);
+    found.facts = files.facts_of(found.file, [&] { return facts_of(found.file); });
     return found;
 }
 

@@ -3,8 +3,6 @@
 #include "core/operation_log.h"
 #include "macos/mail_macos.h"
 
-#include <QFileInfo>
-
 namespace {
 
 constexpr operation_log log_of_driver{"void mail_macos::extract_plugin_artifacts()"};
@@ -13,13 +11,13 @@ constexpr const char *delete_signatures = "delete from signature";
 constexpr const char *delete_messages = "delete from messages";
 constexpr const char *delete_emlx_list = "delete from emlx_list";
 
-// The first of the folders that stands below the home; the last is not tested.
-QString first_existing(const QString &home, std::initializer_list<const char *> folders)
+// The first of the folders below the home that stands inside the source; the last where none does.
+QString first_existing(const source_boundary &source, const QString &home, std::initializer_list<const char *> folders)
 {
     QString path;
     for (const char *folder : folders) {
         path = home + QLatin1String(folder);
-        if (folder != *(folders.end() - 1) && QFileInfo::exists(path)) {
+        if (source.contains(path)) {
             break;
         }
     }
@@ -98,7 +96,7 @@ bool mail_macos::extract_signatures(const QStringList &files, std::initializer_l
     return for_each_source(files, [&](const QString &file, const QString &user) {
         const QString home = source_root_path_QString + QLatin1String("Users/") + user;
         xcode_extract_allsignature(file, user, destination_db_path_QString, source_root_path_QString,
-                                   first_existing(home, signature_folders));
+                                   first_existing(source, home, signature_folders));
     });
 }
 
@@ -398,8 +396,9 @@ QString mail_macos::user_home_of(const QString &index) const
 
 QString mail_macos::mail_folder_of_later_index(const QString &index) const
 {
-    return first_existing(user_home_of(index), {"/Library/Mail/V9", "/Library/Mail/V8", "/Library/Mail/V7",
-                                                "/Library/Mail/V6", "/Library/Mail/V5", "/Library/Mail/V4"});
+    return first_existing(source, user_home_of(index),
+                          {"/Library/Mail/V9", "/Library/Mail/V8", "/Library/Mail/V7", "/Library/Mail/V6",
+                           "/Library/Mail/V5", "/Library/Mail/V4"});
 }
 
 void mail_macos::delete_rows(const char *statement) const

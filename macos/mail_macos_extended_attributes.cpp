@@ -3,6 +3,7 @@
 #include "macos/mail_macos.h"
 #include "services/file_metadata.h"
 
+#include <QRegularExpression>
 #include <QXmlStreamWriter>
 
 namespace {
@@ -133,25 +134,17 @@ bool is_mac_roman(const QString &text)
 }
 
 template <std::size_t Count>
-void take_attributes(attribute_record &record, const file_metadata &item, const attribute_column (&columns)[Count])
+attribute_record attributes_of(const file_metadata &item, const attribute_column (&columns)[Count])
 {
+    attribute_record record;
     if (item.is_empty()) {
-        return;
+        return record;
     }
     for (const attribute_column &column : columns) {
         const QString description = item.attribute_description(QString::fromLatin1(column.attribute));
         if (!description.isNull() && (column.asked == encoding::utf8 || is_mac_roman(description))) {
             record.*column.field = column.convert(description);
         }
-    }
-}
-
-template <std::size_t Count>
-attribute_record attributes_at(const QString &file_path, const attribute_column (&columns)[Count])
-{
-    attribute_record record;
-    if (const std::optional<file_metadata> item = file_metadata::item_at(file_path)) {
-        take_attributes(record, *item, columns);
     }
     return record;
 }
@@ -172,6 +165,12 @@ QString filtered(const QString &description, const QString &attribute)
     return attribute.trimmed() == QLatin1String("kMDItemWhereFroms")
                ? plugin_static_function::get_filtered_wherefrom_value(description)
                : plugin_static_function::get_filtered_string_value(description);
+}
+
+bool is_element_name(const QString &name)
+{
+    static const QRegularExpression form(QStringLiteral("^[A-Za-z_][A-Za-z0-9._-]*$"));
+    return form.match(name).hasMatch();
 }
 
 // The values for search and the XML document, built up file by file.
@@ -199,7 +198,9 @@ public:
             if (!description.isNull()) {
                 const QString value = filtered(description, name);
                 search += value + separator;
-                xml.writeTextElement(name, value);
+                if (is_element_name(name)) { // the writer takes any name, and the document would be none
+                    xml.writeTextElement(name, value);
+                }
             }
         }
         xml.writeEndElement();
@@ -224,29 +225,27 @@ private:
 
 } // namespace
 
-struct_GLOBAL_ARTIFACT_cfstring_attributes mail_macos::extract_cfstring_attributes(const QString &file_path) const
+struct_GLOBAL_ARTIFACT_cfstring_attributes mail_macos::extract_cfstring_attributes(const file_metadata &item) const
 {
-    return attributes_at(file_path, file_attributes);
+    return attributes_of(item, file_attributes);
 }
 
 struct_GLOBAL_ARTIFACT_cfstring_attributes mail_macos::extract_cfstring_attributes_mail(const QString &file_path) const
 {
-    return attributes_at(file_path, mail_attributes);
+    const std::optional<file_metadata> item =
+        source.contains(file_path) ? file_metadata::item_at(file_path) : std::nullopt;
+    return item ? attributes_of(*item, mail_attributes) : attribute_record();
 }
 
-extended_attributes mail_macos::get_extended_attributes(const QStringList &file_paths,
-                                                        const QList<QStringList> &attribute_names) const
+extended_attributes mail_macos::get_extended_attributes(const std::optional<file_metadata> &item,
+                                                        const QString &file_path, const QStringList &names) const
 {
+    if (cancel_extraction_bool) {
+        return extended_attributes();
+    }
     attribute_document document;
-    for (int i = 0; i < file_paths.size(); ++i) {
-        if (cancel_extraction_bool) {
-            return extended_attributes();
-        }
-        const std::optional<file_metadata> item = file_metadata::item_at(file_paths.at(i));
-        if (item && !document.append(*item, behind_source_root(file_paths.at(i)), attribute_names.value(i),
-                                     cancel_extraction_bool)) {
-            return extended_attributes();
-        }
+    if (item && !document.append(*item, behind_source_root(file_path), names, cancel_extraction_bool)) {
+        return extended_attributes();
     }
     return document.finish();
 }
@@ -254,25 +253,20 @@ extended_attributes mail_macos::get_extended_attributes(const QStringList &file_
 macos_file_facts mail_macos::facts_of(const QString &file_path) const
 {
     macos_file_facts facts;
-    facts.is_there = !file_path.trimmed().isEmpty() && source.contains(file_path);
-    if (facts.is_there) {
+    std::optional<file_metadata> item;
+    if (!file_path.trimmed().isEmpty() && source.contains(file_path)) {
+        facts.is_there = true;
         const file_status status = status_of(file_path);
         facts.created = status.created ? QString::number(*status.created) : QString();
         facts.file_size = status.regular_size ? QString::number(*status.regular_size)
                                               : plugin_static_function::mining_size(file_path);
+        item = file_metadata::item_at(file_path);
     }
-    const std::optional<file_metadata> item = facts.is_there ? file_metadata::item_at(file_path) : std::nullopt;
     if (item) {
         facts.used = plugin_static_function::extract_used_date(*item);
-        take_attributes(facts.attributes, *item, file_attributes);
-        take_attributes(facts.attributes, *item, mail_attributes);
+        facts.attributes = extract_cfstring_attributes(*item);
     }
-    attribute_document document;
-    if (!cancel_extraction_bool &&
-        (!item || document.append(*item, behind_source_root(file_path), extended_attributes_QStringList,
-                                  cancel_extraction_bool))) {
-        facts.extended = document.finish();
-    }
+    facts.extended = get_extended_attributes(item, file_path, extended_attributes_QStringList);
     return facts;
 }
 

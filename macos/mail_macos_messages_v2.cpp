@@ -17,6 +17,27 @@ constexpr const char *select_messages_without_in_reply_to =
     "read,flagged,size,type,conversation_id,snippet,ROWID from messages";
 constexpr failure_text select_messages_failure{"select from messages ---------FAILED-------", "Error :- ", ""};
 
+// The positions of the columns in both statements.
+enum column
+{
+    column_message_id,
+    column_sender,
+    column_subject_prefix,
+    column_subject,
+    column_date_sent,
+    column_date_received,
+    column_date_created,
+    column_date_last_viewed,
+    column_mailbox,
+    column_read,
+    column_flagged,
+    column_size,
+    column_type,
+    column_conversation_id,
+    column_snippet,
+    column_row_id,
+};
+
 constexpr const char *insert_message =
     "insert into messages(bookmark,system_user,row_id, message_id,reply_to,from_str,comment,subject_prefix,subject,"
     "message_date_sent,message_date_received,emlx_file_date_created,message_last_view_date,mailbox_url,view_status,"
@@ -35,8 +56,9 @@ constexpr failure_text insert_message_failure{"insert in messages---------FAILED
 row_values mail_macos::row_of_message(source_query &message, earlier_index_reader &index_reader,
                                       emlx_catalog &mail_files, const message_index &index) const
 {
-    const QString row_id = message.text("ROWID");
-    const message_sender sender = message_sender_of(index_reader.sub_extract_sender_address(message.text("sender")));
+    const QString row_id = message.text_at(column_row_id);
+    const message_sender sender =
+        message_sender_of(index_reader.sub_extract_sender_address(message.text_at(column_sender)));
     const struct_emlx emlx = sub_extract_emlx_file_for_messages(row_id, mail_files);
     const QString emlx_complete =
         plugin_static_function::get_complete_file_path(emlx.file_path, index.user, source_type_internal_QString);
@@ -48,32 +70,32 @@ row_values mail_macos::row_of_message(source_query &message, earlier_index_reade
     const artifact_source_file source_files = joined_source_files(
         index.source_file, plugin_static_function::get_final_artifact_source_file(
                                behind_source_root(emlx.source_file), index.user, source_type_internal_QString));
-    const QString subject = index_reader.sub_extract_subject_text(message.text("subject"));
-    const QString mailbox_url = index_reader.sub_extract_mailbox_url(message.text("mailbox"));
+    const QString subject = index_reader.sub_extract_subject_text(message.text_at(column_subject));
+    const QString mailbox_url = index_reader.sub_extract_mailbox_url(message.text_at(column_mailbox));
     const struct_recipients recipients = index_reader.sub_extract_receiver_address(row_id);
     row_values row{
         {"bookmark", QStringLiteral("0")},
         {"system_user", index.user},
         {"row_id", row_id},
-        {"message_id", message.text("message_id")},
+        {"message_id", message.text_at(column_message_id)},
         {"reply_to", message.text("in_reply_to")},
         {"from_str", sender.address},
         {"comment", sender.comment},
-        {"subject_prefix", message.text("subject_prefix")},
+        {"subject_prefix", message.text_at(column_subject_prefix)},
         {"subject", subject},
-        {"message_date_sent", whole_seconds(message.text("date_sent"))},
-        {"message_date_received", whole_seconds(message.text("date_received"))},
-        {"emlx_file_date_created", whole_seconds(message.text("date_created"))},
-        {"message_last_view_date", whole_seconds(message.text("date_last_viewed"))},
+        {"message_date_sent", whole_seconds(message.text_at(column_date_sent))},
+        {"message_date_received", whole_seconds(message.text_at(column_date_received))},
+        {"emlx_file_date_created", whole_seconds(message.text_at(column_date_created))},
+        {"message_last_view_date", whole_seconds(message.text_at(column_date_last_viewed))},
         {"mailbox_url", mailbox_url},
-        {"view_status", message.text("read") == QLatin1String("1") ? tr("Read") : tr("Unread")},
-        {"flagged", message.text("flagged")},
+        {"view_status", message.text_at(column_read) == QLatin1String("1") ? tr("Read") : tr("Unread")},
+        {"flagged", message.text_at(column_flagged)},
         {"to_str", recipients.to_str},
         {"cc", recipients.cc},
         {"emlx_file_size", facts.file_size},
-        {"message_type", message.text("type")},
-        {"conversation_id", message.text("conversation_id")},
-        {"message", message_text_of(message.text("snippet"))},
+        {"message_type", message.text_at(column_type)},
+        {"conversation_id", message.text_at(column_conversation_id)},
+        {"message", message_text_of(message.text_at(column_snippet))},
         {"attachment_filename", index_reader.sub_extract_attachmented_filenames(row_id)},
         {"attachment_type", QLatin1String("")},
         {"emlx_file_name", emlx.file_name},

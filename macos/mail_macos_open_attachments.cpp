@@ -3,6 +3,7 @@
 #include "core/result_session.h"
 #include "core/row_writer.h"
 #include "macos/mail_macos.h"
+#include "macos/row_text.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -48,15 +49,9 @@ QString message_id_of(const property_list_value &attachment)
         .trimmed();
 }
 
-// Whole seconds since 1970; "0" for a date before, which no unsigned number holds, and empty for 1970 itself.
 QString seconds_of(const property_list_value &date)
 {
-    const double seconds = date.is_date() ? date.time_interval_since_1970() : 0.0;
-    if (seconds == 0.0) {
-        return QString();
-    }
-    const QString text = QString::asprintf("%f", seconds);
-    return QString::number(text.left(text.indexOf(QLatin1Char('.'))).trimmed().toULongLong());
+    return text_of_instant(date.time_interval_since_1970());
 }
 
 void append_shown_file(row_values &row, const QString &shown_file, const QString &suffix)
@@ -74,7 +69,10 @@ void append_shown_file(row_values &row, const QString &shown_file, const QString
 QStringList mail_macos::sub_get_attachment_files_from_folder(const QString &folder) const
 {
     QStringList files;
-    folder_walk entries(folder, links::follow, hidden_entries::meet);
+    if (!source.contains_without_links(folder)) {
+        return files;
+    }
+    folder_walk entries(folder, links::refuse, companion_files::meet);
     while (!cancel_extraction_bool && entries.next()) {
         const QString path = folder + QLatin1Char('/') + QFile::decodeName(entries.relative_path());
         const bool is_file =
@@ -118,6 +116,7 @@ row_values mail_macos::row_of_downloaded_attachment(const QString &file, const Q
 {
     const QString complete = plugin_static_function::get_complete_file_path(file, user, source_type_internal_QString);
     macos_file_facts facts = facts_of(complete);
+    const struct_GLOBAL_ARTIFACT_cfstring_attributes mail_attributes = extract_cfstring_attributes_mail(complete);
     const QString size = facts.file_size;
     if (complete != file) { // existence and creation time are those of the file that was met
         const macos_file_facts met = facts_of(file);
@@ -127,7 +126,7 @@ row_values mail_macos::row_of_downloaded_attachment(const QString &file, const Q
     row_values row{
         {"bookmark", QStringLiteral("0")},
         {"system_user", user},
-        {"message_id", facts.attributes.attr_origin_message_id_QString},
+        {"message_id", mail_attributes.attr_origin_message_id_QString},
         {"file_name", file.mid(file.lastIndexOf(QLatin1Char('/')) + 1)},
         {"file_size", size},
         {"file_exist", facts.file_exist()},
@@ -139,9 +138,9 @@ row_values mail_macos::row_of_downloaded_attachment(const QString &file, const Q
                                                                      source_type_internal_QString),
                       plugin_static_function::mining_suffix(complete));
     row.insert(row.end(), {
-                              {"sender_display_name", facts.attributes.attr_origin_sender_display_name_QString},
-                              {"sender_handle_id", facts.attributes.attr_origin_sender_handle_QString},
-                              {"mail_subject", facts.attributes.attr_origin_subject_QString},
+                              {"sender_display_name", mail_attributes.attr_origin_sender_display_name_QString},
+                              {"sender_handle_id", mail_attributes.attr_origin_sender_handle_QString},
+                              {"mail_subject", mail_attributes.attr_origin_subject_QString},
                           });
     append_metadata_columns(row, facts, used_date_bounds::without);
     append_closing_columns(row, facts);

@@ -1,4 +1,5 @@
-// Property lists: the readers that turn the value under a key into a row text. Fills no table itself.
+// Property lists: the readers that turn the value under a key into a row text, and the columns that tell of the list
+// itself. Fills no table itself.
 #include "core/plugin_static_function.h"
 #include "macos/mail_macos.h"
 #include "services/property_list_readers.h"
@@ -19,4 +20,20 @@ QString mail_macos::get_prefs_nsarray_values(const QString &key, const property_
                                              const QString &label) const
 {
     return labelled_texts_of_array(dictionary.object_for_key(key), label, cancel_extraction_bool);
+}
+
+artifact_source_file mail_macos::shown_source_of(const QString &file, const QString &user) const
+{
+    return plugin_static_function::get_final_artifact_source_file(behind_source_root(file), user,
+                                                                  source_type_internal_QString);
+}
+
+void mail_macos::append_source_columns(row_values &row, const artifact_source_file &shown_source) const
+{
+    row.insert(row.end(), {
+                              {"source_file", shown_source.source_file},
+                              {"artifacts_relation_source_file", shown_source.artifacts_relation_source_file},
+                              {"source_count_name", plugin_static_function::get_source_count_name()},
+                              {"os_scheme_display", os_scheme_display_QString},
+                          });
 }

@@ -14,6 +14,9 @@ namespace {
 
 const QByteArray metadata_prefix("com.apple.metadata:");
 
+// Bytes. File systems hold less; in an AppleDouble file all attributes can name the same megabytes, each to be parsed.
+constexpr int longest_value = 256 << 10;
+
 // What file systems and tools put in front of the platform's attribute names, in the order in which they count.
 const char *const name_prefixes[] = {"", "user.", "osx."};
 
@@ -95,7 +98,7 @@ std::optional<stored_metadata> stored_metadata::of_file(const QString &file_path
 
 void stored_metadata::take(const QByteArray &stored_name, const QByteArray &value)
 {
-    if (!stored_name.startsWith(metadata_prefix) || value.isNull()) {
+    if (!stored_name.startsWith(metadata_prefix) || value.isNull() || value.size() > longest_value) {
         return;
     }
     const QByteArray attribute = stored_name.mid(metadata_prefix.size());

@@ -50,7 +50,7 @@ QString plugin_static_function::mining_size(const QString &path)
         return QString::number(info.size());
     }
     qint64 sum = 0;
-    folder_walk entries(path, links::follow, hidden_entries::meet);
+    folder_walk entries(path, links::follow, companion_files::meet);
     while (entries.next()) {
         if (bool_cancel_extraction) {
             return QString::number(info.size());

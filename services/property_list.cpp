@@ -133,15 +133,28 @@ bool property_list_value::is_real() const
 
 property_list_value property_list_value::object_for_key(const QString &key) const
 {
-    return is_dictionary() ? property_list_value(plist_dict_get_item(node, key.toUtf8().constData()))
-                           : property_list_value();
+    return object_for_key(key.toUtf8().constData());
+}
+
+property_list_value property_list_value::object_for_key(const char *utf8_key) const
+{
+    return is_dictionary() ? property_list_value(plist_dict_get_item(node, utf8_key)) : property_list_value();
 }
 
 QStringList property_list_value::all_keys() const
 {
     QStringList keys;
+    for (const auto &entry : entries()) {
+        keys.append(entry.first);
+    }
+    return keys;
+}
+
+std::vector<std::pair<QString, property_list_value>> property_list_value::entries() const
+{
+    std::vector<std::pair<QString, property_list_value>> entries;
     if (!is_dictionary()) {
-        return keys;
+        return entries;
     }
     plist_dict_iter iterator = nullptr;
     plist_dict_new_iter(node, &iterator);
@@ -152,9 +165,9 @@ QStringList property_list_value::all_keys() const
         plist_dict_next_item(node, iterator, &key, &value);
         const c_text key_owner(key);
         if (!value) {
-            return keys;
+            return entries;
         }
-        keys.append(QString::fromUtf8(key));
+        entries.emplace_back(QString::fromUtf8(key), property_list_value(value));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 /// One value of a property list, valid as long as the list. Every question has an answer: asked of a value that is
@@ -40,8 +41,12 @@ public:
 
     /// The value under a key of a dictionary.
     property_list_value object_for_key(const QString &key) const;
+    property_list_value object_for_key(const char *utf8_key) const;
     /// The keys of a dictionary, in the order of the file.
     QStringList all_keys() const;
+    /// The keys with their values, in the same order: the way to walk a large dictionary. A look-up in a binary list
+    /// passes all keys in front of the one it finds.
+    std::vector<std::pair<QString, property_list_value>> entries() const;
 
     /// How many elements an array has.
     int count() const;

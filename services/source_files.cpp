@@ -1,12 +1,14 @@
 #include "services/source_files.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -139,6 +141,11 @@ bool is_self_or_parent(const char *name)
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
+bool is_companion(const char *name)
+{
+    return std::strncmp(name, "._", 2) == 0;
+}
+
 } // namespace
 
 file_descriptor::~file_descriptor()
@@ -242,11 +249,25 @@ QByteArray read_source_file(const QString &path, qint64 size_limit, links policy
     return content;
 }
 
-source_boundary::source_boundary(const QString &root) : canonical_root(canonical_path(root))
+source_boundary::source_boundary(const QString &root_path)
+    : root(QDir::cleanPath(root_path)), canonical_root(canonical_path(root_path))
 {
     if (!canonical_root.isEmpty() && !canonical_root.endsWith('/')) {
         canonical_root += '/';
     }
+}
+
+bool source_boundary::contains_without_links(const QString &path) const
+{
+    const QString clean = QDir::cleanPath(path);
+    if (!clean.startsWith(root)) {
+        return false;
+    }
+    int behind_root = root.size();
+    while (behind_root < clean.size() && clean.at(behind_root) == QLatin1Char('/')) {
+        ++behind_root;
+    }
+    return contains(path) && canonical_path(path) == canonical_root + encoded(clean.mid(behind_root));
 }
 
 bool source_boundary::contains(const QString &path) const
@@ -258,8 +279,8 @@ bool source_boundary::contains(const QString &path) const
     return is_last_inside;
 }
 
-folder_walk::folder_walk(const QString &folder, links policy, hidden_entries policy_of_hidden)
-    : hidden(policy_of_hidden), folder_path(encoded(folder))
+folder_walk::folder_walk(const QString &folder, links policy, companion_files policy_of_companions)
+    : companions(policy_of_companions), folder_path(encoded(folder))
 {
     if (folder_path.isEmpty()) {
         return;
@@ -290,7 +311,7 @@ bool folder_walk::open_level(const QByteArray &relative_path, links policy)
         opened.relative_path = relative_path + '/';
     }
     while (const dirent *item = ::readdir(folder.get())) {
-        if (hidden == hidden_entries::meet ? !is_self_or_parent(item->d_name) : item->d_name[0] != '.') {
+        if (!is_self_or_parent(item->d_name) && (companions == companion_files::meet || !is_companion(item->d_name))) {
             opened.entries.push_back({QByteArray(item->d_name), kind_of(folder.get(), *item)});
         }
     }

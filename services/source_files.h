@@ -17,7 +17,8 @@ enum class links
     refuse
 };
 
-enum class hidden_entries
+/// Files that tools put beside others to hold what a file system cannot ("._" + name).
+enum class companion_files
 {
     pass_over,
     meet
@@ -77,8 +78,11 @@ public:
 
     /// Out: whether something stands at the path and, all links followed, lies below the root.
     bool contains(const QString &path) const;
+    /// Out: the same, where none of the folders on the way from the root is a link, nor what stands there.
+    bool contains_without_links(const QString &path) const;
 
 private:
+    QString root;
     QByteArray canonical_root; // with a slash behind; empty when there is none
     mutable QString last_path; // a file is asked for several times in a row
     mutable bool is_last_inside = false;
@@ -105,7 +109,7 @@ public:
     };
 
     /// A folder that does not open has no entries. The policy is for the folder itself.
-    folder_walk(const QString &folder, links policy, hidden_entries hidden = hidden_entries::pass_over);
+    folder_walk(const QString &folder, links policy, companion_files companions = companion_files::pass_over);
 
     /// Out: whether the folder itself opened.
     bool is_open() const { return is_folder_open; }
@@ -132,7 +136,7 @@ private:
 
     bool open_level(const QByteArray &relative_path, links policy);
 
-    hidden_entries hidden;
+    companion_files companions;
     QByteArray folder_path; // with a slash behind
     std::vector<level> levels;
     QByteArray current;

@@ -1,0 +1,153 @@
+// Settings of the table preferences that describe the state of the main window: selected mailboxes, viewers, toolbar,
+// favorites, flags, the order of the accounts.
+#include "macos/mail_macos.h"
+#include "services/property_list_readers.h"
+
+namespace {
+
+// A labelled value as it stands inside the value of a row.
+QString as_part(QString row_text)
+{
+    return row_text.replace(QLatin1String(":+:"), QLatin1String(": "));
+}
+
+QString without_colons(const QString &value)
+{
+    return QString(value).remove(QLatin1Char(':'));
+}
+
+// The entries of a list of URLs, the last one's end cut.
+QString entries_of(const QString &urls, const std::atomic<bool> &is_cancelled, mailbox_names &names,
+                   QString (mailbox_names::*entry_of)(const QString &url))
+{
+    QString entries;
+    const QStringList each_url = urls.split(QLatin1Char(';'));
+    for (const QString &url : each_url) {
+        if (is_cancelled) {
+            return QString();
+        }
+        entries += (names.*entry_of)(url);
+    }
+    return without_ending(entries, ";;");
+}
+
+// The entries of the favorites bar. Behind each entry the escapes of the whole text are decoded anew, so that an escape
+// may come out of another one.
+class favorites_text
+{
+public:
+    void append(const QString &entry)
+    {
+        text += entry;
+        const QString unsettled = text.mid(settled_size);
+        const QString decoded = with_escapes_decoded(unsettled);
+        if (decoded == unsettled) {
+            settled_size = text.size(); // no later decoding changes it: an escape never reaches into the next entry
+        } else {
+            text.truncate(settled_size);
+            text += decoded;
+        }
+    }
+    const QString &so_far() const { return text; }
+
+private:
+    QString text;
+    int settled_size = 0;
+};
+
+} // namespace
+
+QString mail_macos::shown_mailboxes(const QString &urls, const preference_context &context)
+{
+    return entries_of(with_escapes_decoded(urls), context.is_cancelled, context.names,
+                      &mailbox_names::entry_of_mailbox);
+}
+
+QString mail_macos::shown_account_order(const QString &urls, const preference_context &context)
+{
+    return entries_of(urls, context.is_cancelled, context.names, &mailbox_names::entry_of_account);
+}
+
+mail_macos::preference_settings mail_macos::settings_of_viewer_state()
+{
+    constexpr preference_reader string = &mail_macos::get_prefs_nsstring_values;
+    constexpr preference_reader yes_no = &mail_macos::get_prefs_nsnumber_values;
+    constexpr preference_reader list = &mail_macos::get_prefs_nsarray_values;
+    // clang-format off
+    static constexpr preference_setting settings[] = {
+        {"SelectedMailboxes",   "Selected Mailbox",      list,   shown_mailboxes},
+        {"ToolbarIsHidden",     "Toolbar Is Hidden",     yes_no},
+        {"SortedDescending",    "Sorting Descending",    yes_no},
+        {"SortOrder",           "Sort By",               string, shown_by_words<sort_order_words>},
+        {"FavoritesBarVisible", "Favorites Bar Visible", yes_no},
+    };
+    // clang-format on
+    return settings;
+}
+
+// Two of the labels are the same.
+mail_macos::preference_settings mail_macos::settings_of_viewers()
+{
+    constexpr preference_reader viewer = &mail_macos::get_prefs_all_viewerattributes;
+    // clang-format off
+    static constexpr preference_setting settings[] = {
+        {"ArchiveViewerAttributes",      "Archive Viewer Attributes",       viewer},
+        {"InboxViewerAttributes",        "Inbox Viewer Attributes",         viewer},
+        {"FlagsViewerAttributes",        "Flags Viewer Attributes",         viewer},
+        {"TrashViewerAttributes",        "Trash Viewer Attributes",         viewer},
+        {"VIPSendersViewerAttributes",   "VIP Sender Viewer Attributes",    viewer},
+        {"DraftsViewerAttributes",       "Drafts Viewer Attributes",        viewer},
+        {"JunkViewerAttributes",         "Junk Viewer Attributes",          viewer},
+        {"SentMessagesViewerAttributes", "Sent Messages Viewer Attributes", viewer},
+        {"OutboxViewerAttributes",       "Sent Messages Viewer Attributes", viewer},
+    };
+    // clang-format on
+    return settings;
+}
+
+mail_macos::preference_settings mail_macos::settings_of_toolbar()
+{
+    constexpr preference_reader list = &mail_macos::get_prefs_nsarray_values;
+    // clang-format off
+    static constexpr preference_setting settings[] = {
+        {"TB Item Identifiers",         "Toolbar Buttons",         list, value_without_colons},
+        {"TB Default Item Identifiers", "Default Toolbar Buttons", list, value_without_colons},
+    };
+    // clang-format on
+    return settings;
+}
+
+QString mail_macos::get_prefs_all_viewerattributes(const QString &key, const property_list_value &dictionary,
+                                                   const QString &label) const
+{
+    const property_list_value viewer = dictionary.object_for_key(key);
+    if (!viewer.is_dictionary()) {
+        return QString();
+    }
+    const QString direction =
+        get_prefs_nsstring_values(QStringLiteral("SortedDescending"), viewer, QStringLiteral("Sorting Descending"));
+    const QString order = get_prefs_nsstring_values(QStringLiteral("SortOrder"), viewer, QStringLiteral("Sort By"));
+    QString attributes;
+    append_part(attributes, "", as_part(direction));
+    append_part(attributes, "", as_part(with_value_shown(order, sort_order_words)));
+    return labelled(label, without_ending(attributes, ";"));
+}
+
+QString mail_macos::get_prefs_favorite_values(const QString &key, const property_list_value &dictionary,
+                                              const QString &label) const
+{
+    const property_list_value favorites = dictionary.object_for_key(key);
+    if (!favorites.is_array()) {
+        return QString();
+    }
+    favorites_text text;
+    for (const property_list_value &favorite : favorites.elements()) {
+        if (cancel_extraction_bool) {
+            return QString();
+        }
+        if (favorite.is_dictionary()) {
+            text.append(entry_of_favorite(favorite));
+        }
+    }
+    return labelled(label, without_ending(text.so_far(), ";;"));
+}

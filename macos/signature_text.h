@@ -1,0 +1,16 @@
+/// The text of a signature file (".mailsignature"), a MIME document with the signature as HTML in its body.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <atomic>
+#include <optional>
+
+/// In: the content of the file. Out: its body as plain text, trimmed; without "<body" that of the whole file, headers
+/// included. Of quoted-printable only the soft line breaks are resolved. None for more markup than a signature has,
+/// and when the extraction is cancelled.
+std::optional<QString> plain_text_of_signature(const QByteArray &content, const std::atomic<bool> &cancel_flag);
+
+/// Out: the bytes read as UTF-8 where they are valid UTF-8, else as Latin-1.
+QString text_of_unknown_encoding(const QByteArray &bytes);

@@ -1,0 +1,201 @@
+// The table vip_contacts: the lists of both layouts, and what becomes of lists that are damaged or large.
+#include "tests/macos/configuration_source.h"
+#include "tests/support/tree_snapshot.h"
+
+using evidence::property_list_dictionary;
+using evidence::property_list_form;
+
+namespace {
+
+const QString earlier_operation = QStringLiteral("mail_macos::xcode_extract_vip_list");
+const QString later_operation = QStringLiteral("mail_macos::xcode_extract_vip_list_15");
+
+QVariant senders(const property_list_dictionary &vips)
+{
+    return property_list_dictionary{{"Senders", vips}, {"Version", 1}};
+}
+
+property_list_dictionary vip_of(const char *name)
+{
+    return {{"Name", text(name)}};
+}
+
+} // namespace
+
+class test_macos_vip : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { source = std::make_unique<configuration_source>("vip_contacts", "VIPs.plist"); }
+
+    void rows();
+    void sort_orders();
+    void no_list_data();
+    void no_list();
+    void failures_of_the_result_database();
+    void large_lists();
+
+private:
+    std::unique_ptr<configuration_source> source;
+};
+
+void test_macos_vip::rows()
+{
+    const QVariant nothing = property_list_dictionary{};
+    source->write(
+        "anna", 3,
+        senders({{"Z9",
+                  property_list_dictionary{{"Addresses", QStringList{text(" ben@example.org "), text("ben@work.org")}},
+                                           {"MailboxUnreadCount", 0},
+                                           {"Name", text(" Ben Öztürk ")},
+                                           {"UserInfo", property_list_dictionary{{"MailboxID", text(" M:1 ")},
+                                                                                 {"SortOrder", text("received-date")},
+                                                                                 {"SortedDescending", text("YES")}}}}},
+                 {"no dictionary", text("x")},
+                 {"A1", property_list_dictionary{{"Addresses", QVariantList{}},
+                                                 {"MailboxUnreadCount", 12.9},
+                                                 {"Name", text(" ")},
+                                                 {"UserInfo", property_list_dictionary{{"MailboxID", text("  ")},
+                                                                                       {"SortOrder", 5},
+                                                                                       {"SortedDescending", true}}}}},
+                 {" ", property_list_dictionary{{"Addresses", text("a@b")},
+                                                {"MailboxUnreadCount", text("3")},
+                                                {"Name", QVariantList{}},
+                                                {"UserInfo", text("M:2")}}},
+                 {"E5", nothing}}),
+        property_list_form::xml);
+    source->write("anna", 6, senders({{"K6", vip_of("of V6")}}));
+    source->write(
+        "ben", 7,
+        property_list_dictionary{
+            {"Z9", property_list_dictionary{{"Name", text(" Cem ")},
+                                            {"EmailAddresses",
+                                             QVariantList{text(" cem@example.org"), 5, text("cem@work.org")}}}},
+            {"Senders", vip_of("named Senders")},
+            {"no dictionary", QVariantList{nothing}},
+            {"empty ends", property_list_dictionary{{"EmailAddresses", QStringList{text(""), text("a"), text("")}}}},
+            {"wrong kinds", property_list_dictionary{{"Name", 1}, {"EmailAddresses", text("a@b")}}},
+            {"none", property_list_dictionary{{"EmailAddresses", QVariantList{}}}}});
+    source->write("ben", 9, nothing);
+    source->write("ben", 4, property_list_dictionary{{"Senders", nothing}});
+    source->write("ben", 5, property_list_dictionary{{"Senders", QVariantList{nothing}}});
+    const tree_snapshot before(source->folder.path());
+
+    const auto run = source->new_run();
+    run->run();
+
+    QCOMPARE(before.changes(), QString());
+    const QString difference = source->difference_to("vip_contacts.txt", *run);
+    QVERIFY2(difference.isEmpty(), qPrintable(difference));
+    const QStringList lines{text("starts"), text("ends")};
+    QCOMPARE(run->log_of(earlier_operation), lines + lines + lines + lines);
+    QCOMPARE(run->log_of(later_operation), lines + lines);
+    QCOMPARE(run->record_signals.last(), 10);
+}
+
+void test_macos_vip::sort_orders()
+{
+    property_list_dictionary vips;
+    QStringList expected;
+    for (const auto &[stored, shown] : cases_of("vip_sort_orders.txt")) {
+        vips.append({QString::number(expected.size()),
+                     property_list_dictionary{{"UserInfo", property_list_dictionary{{"SortOrder", stored}}}}});
+        expected.append(shown);
+    }
+    source->write("anna", 6, senders(vips));
+
+    const auto run = source->new_run();
+    run->run();
+
+    QCOMPARE(source->column(*run, "sort_order"), expected);
+}
+
+void test_macos_vip::no_list_data()
+{
+    QTest::addColumn<QVariant>("root");
+    QTest::addColumn<int>("size");
+    QTest::newRow("an array") << QVariant(QVariantList{senders({{"a", vip_of("b")}})}) << -1;
+    QTest::newRow("a text") << QVariant(text("text")) << -1;
+    QTest::newRow("cut off") << senders({{"a", vip_of("b")}}) << 20;
+    QTest::newRow("empty") << senders({{"a", vip_of("b")}}) << 0;
+}
+
+void test_macos_vip::no_list()
+{
+    QFETCH(QVariant, root);
+    QFETCH(int, size);
+    for (const int generation : {3, 9}) {
+        source->write("anna", generation, root);
+        if (size >= 0) {
+            QVERIFY(QFile::resize(source->list_path("anna", generation), size));
+        }
+    }
+
+    const auto run = source->new_run();
+    run->run();
+
+    QCOMPARE(run->row_count(source->table), 0);
+    const QString headline = text("m_plist blank ------FAILED------SOURCE/Users/anna/Library/Mail/V%1/MailData/"
+                                  "VIPs.plist");
+    QCOMPARE(run->log_of(earlier_operation), (QStringList{text("starts"), headline.arg(3), text("End with failure")}));
+    QCOMPARE(run->log_of(later_operation), (QStringList{text("starts"), headline.arg(9), text("end with failure")}));
+    QCOMPARE(run->tab_signals, QList<int>{1});
+}
+
+void test_macos_vip::failures_of_the_result_database()
+{
+    source->write("anna", 3, senders({{"a", vip_of("of V3")}}));
+    source->write("anna", 9, property_list_dictionary{{"a", vip_of("of V9")}});
+    const auto run = source->new_run();
+    run->prepare();
+    run_statement(*run, text("create trigger refuse before insert on vip_contacts begin select "
+                             "raise(abort, 'no row'); end"));
+    run->extract();
+    for (const auto &[operation, statement] :
+         {std::pair{earlier_operation, text("Execute Query :- INSERT into vip_contacts(")},
+          std::pair{later_operation, text("INSERT into vip_contacts(")}}) {
+        const QStringList lines = run->log_of(operation);
+        QCOMPARE(lines.size(), 5);
+        QCOMPARE(lines.mid(1, 2), (QStringList{text("insert query --------FAILED------") + run->database_path(),
+                                               text("Error :- no row")}));
+        QVERIFY(lines.at(3).startsWith(statement));
+    }
+    QCOMPARE(run->record_signals.last(), 0);
+
+    const auto closed = source->new_run();
+    closed->prepare();
+    close_result_database(*closed);
+    closed->extract();
+    const QStringList lines{text("starts"), text("destination_db open --------FAILED------") + closed->database_path(),
+                            text("Error :- unable to open database file")};
+    QCOMPARE(closed->log_of(earlier_operation), lines);
+    QCOMPARE(closed->log_of(later_operation), lines);
+}
+
+// A look-up of each key by itself would take minutes; keys and values of a megabyte are stored whole.
+void test_macos_vip::large_lists()
+{
+    constexpr int vip_count = 100000;
+    constexpr int megabyte = 1 << 20;
+    property_list_dictionary vips;
+    for (int i = 0; i < vip_count; ++i) {
+        vips.append({QString::number(i), vip_of("many")});
+    }
+    source->write("anna", 9, vips);
+    const QString long_text(megabyte, QLatin1Char('k'));
+    source->write("ben", 6, senders({{long_text, property_list_dictionary{{"Name", long_text}}}}));
+
+    const auto run = source->new_run();
+    run->prepare();
+    QElapsedTimer clock;
+    clock.start();
+    run->extract();
+
+    QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(run->row_count(source->table), vip_count + 1);
+    QCOMPARE(source->column(*run, "mailbox_uid"), QStringList{long_text});
+}
+
+QTEST_MAIN(test_macos_vip)
+#include "test_macos_vip.moc"
