@@ -405,17 +405,22 @@ void macos_configuration::write_preferences()
         {"SignaturesSelected", selected},
         {"SpellCheckingBehavior", text("InlineSpellCheckingEnabled")},
     };
-    const QString home = tree.home_of(user);
-    write_property_list_file(home + QLatin1String("/Library/Containers/com.apple.mail/Data/Library/Preferences/"
-                                                  "com.apple.mail.plist"),
+    write_property_list_file(tree.home_of(user) +
+                                 QLatin1String("/Library/Containers/com.apple.mail/Data/Library/Preferences/"
+                                               "com.apple.mail.plist"),
                              preferences, property_list_form::binary);
+    write_shared_preferences();
+}
+
+void macos_configuration::write_shared_preferences()
+{
     const property_list_dictionary shared{
         {"AlertForNonmatchingDomains", true},
         {"DomainForMatching", QStringList{text("@example.org"), text("@example.com")}},
         {"ExpandPrivateAliases", false},
         {"NewMessageFromAddress", user + QLatin1String(" <") + user + QLatin1String("@example.org>")}};
-    write_property_list_file(home + QLatin1String("/Library/Preferences/com.apple.mail-shared.plist"), shared,
-                             property_list_form::binary);
+    write_property_list_file(tree.home_of(user) + QLatin1String("/Library/Preferences/com.apple.mail-shared.plist"),
+                             shared, property_list_form::binary);
 }
 
 } // namespace evidence

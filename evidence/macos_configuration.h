@@ -53,6 +53,7 @@ private:
     void write_signatures(int generation, int count);
     void write_account_list();
     void write_account_database(int generation);
+    void write_shared_preferences();
 
     macos_mail_tree &tree;
     QString user;

@@ -8,6 +8,22 @@ namespace {
 
 const QLatin1String value_marker(":+:");
 
+// Takes a time that grows with the text alone: QString::replace moves the rest of it every thousand words.
+QString with_word_shown(const QString &text, QLatin1String stored, QLatin1String shown)
+{
+    int at = text.indexOf(stored);
+    if (at < 0) {
+        return text;
+    }
+    QString result;
+    int done = 0;
+    for (; at >= 0; at = text.indexOf(stored, done)) {
+        result.append(text.midRef(done, at - done)).append(shown);
+        done = at + stored.size();
+    }
+    return result.append(text.midRef(done));
+}
+
 } // namespace
 
 QString value_of_row_text(const QString &row_text)
@@ -35,7 +51,7 @@ QString stored_list(const char *key, const property_list_value &dictionary, cons
 QString with_words_shown(QString text, table_rows<shown_word> words)
 {
     for (const shown_word &word : words) {
-        text.replace(QLatin1String(word.stored), QLatin1String(word.shown));
+        text = with_word_shown(text, QLatin1String(word.stored), QLatin1String(word.shown));
     }
     return text;
 }

@@ -16,6 +16,10 @@ constexpr const char *soft_line_break = "=\n+@@,@@+";
 // The document reads markup in a time that grows with the square of what is nested: this much takes it a second or two.
 constexpr int most_tags = 10000;
 
+// A row of a table has as many cells as the widest, so a few tags can make millions.
+constexpr qint64 most_cells = 200000;
+constexpr qint64 widest_span = 20480; // of which the document makes no more
+
 // Evidence names resources at will, and the document would read them from the examiner's machine.
 class document_without_resources : public QTextDocument
 {
@@ -57,6 +61,36 @@ QString without_style_sheets(QString html)
     return html.remove(style_sheet).replace(disguised_tag, QStringLiteral("<unknown "));
 }
 
+// A name of an attribute with a letter of it as an entity.
+constexpr const char *disguised_name =
+    "&#(?:x0*[4-7][0-9a-f]|0*(?:6[5-9]|[789][0-9]|1[01][0-9]|12[0-2]))(?![0-9a-f])[^<>=\\s\"']*+[\"']?\\s*=";
+
+int count_of(const QString &html, const char *pattern)
+{
+    return html.count(QRegularExpression(QLatin1String(pattern), QRegularExpression::CaseInsensitiveOption));
+}
+
+// The sum of an attribute's values. One with entities in its name or value may be any.
+qint64 sum_of_spans(const QString &html, const char *attribute)
+{
+    const QRegularExpression span(QLatin1String(attribute) + QLatin1String("[\"']?\\s*=\\s*[\"']?\\s*[+]?(\\d*)(&?)"),
+                                  QRegularExpression::CaseInsensitiveOption);
+    qint64 sum = widest_span * count_of(html, disguised_name);
+    for (QRegularExpressionMatchIterator matches = span.globalMatch(html); matches.hasNext();) {
+        const QRegularExpressionMatch match = matches.next();
+        sum += match.captured(2).isEmpty() ? qMin(match.captured(1).toLongLong(), widest_span) : widest_span;
+    }
+    return sum;
+}
+
+bool has_too_many_cells(const QString &html)
+{
+    const qint64 rows = count_of(html, "<\\s*tr");
+    const qint64 cells = count_of(html, "<\\s*t[dh]");
+    return cells > 0 &&
+           (rows + 1 + sum_of_spans(html, "rowspan")) * (cells + sum_of_spans(html, "colspan")) > most_cells;
+}
+
 } // namespace
 
 QString text_of_unknown_encoding(const QByteArray &bytes)
@@ -82,8 +116,12 @@ std::optional<QString> plain_text_of_signature(const QByteArray &content, const 
     if (text->count('<') > most_tags) {
         return std::nullopt;
     }
+    const QString html = without_style_sheets(text_of_unknown_encoding(*text));
+    if (has_too_many_cells(html)) {
+        return std::nullopt;
+    }
     document_without_resources document;
     document.setUndoRedoEnabled(false);
-    document.setHtml(without_style_sheets(text_of_unknown_encoding(*text)));
+    document.setHtml(html);
     return document.toPlainText().trimmed();
 }
