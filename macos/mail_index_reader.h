@@ -1,6 +1,6 @@
 /// The look-ups of one index of the macOS mail store ("Envelope Index"): the texts that its messages name by row ids.
-/// Statements are prepared once and serve as long as the index is open. Row ids are texts as the index holds them; one
-/// that is NULL, or no number, finds nothing, and what is not found is a null text.
+/// Statements are prepared once and serve as long as the index is open. Row ids are texts as the index holds them; NULL
+/// finds nothing, and what is not found is a null text.
 ///
 /// Each look-up logs its start, its end and the failure of its statement under its own name. Cancelled within its rows,
 /// or where a mailbox has no account, it ends without logging so.
