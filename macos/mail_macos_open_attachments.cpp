@@ -118,11 +118,10 @@ row_values mail_macos::row_of_downloaded_attachment(const QString &file, const Q
     macos_file_facts facts = facts_of(complete);
     const struct_GLOBAL_ARTIFACT_cfstring_attributes mail_attributes = extract_cfstring_attributes_mail(complete);
     const QString size = facts.file_size;
-    if (complete != file) { // existence and creation time are those of the file that was met
-        const macos_file_facts met = facts_of(file);
-        facts.is_there = met.is_there;
-        facts.created = met.created;
+    if (complete != file) { // the creation time is that of the file that was met
+        facts.created = facts_of(file).created;
     }
+    facts.is_there = true; // it was met, even if its name is not UTF-8 and it cannot be asked for again
     row_values row{
         {"bookmark", QStringLiteral("0")},
         {"system_user", user},
