@@ -9,6 +9,7 @@
 #include "macos/file_facts.h"
 #include "macos/mail_index_reader.h"
 #include "macos/message_values.h"
+#include "macos/preference_setting.h"
 #include "services/file_metadata.h"
 #include "services/property_list.h"
 #include "services/source_files.h"
@@ -131,12 +132,7 @@ private:
     QString user_home_of(const QString &index) const;
     void delete_rows(const char *statement) const;
 
-    // --- Configuration: mail_macos_configuration.cpp -----------------------------------------------------------------
-    void xcode_extract_preferences(const QString &file, const QString &user, const QString &destination_db,
-                                   const QString &source_root);
-    void xcode_extract_composing_addressing_prefs(const QString &file, const QString &user,
-                                                  const QString &destination_db, const QString &source_root);
-
+    // --- Configuration files: mail_macos_property_readers.cpp --------------------------------------------------------
     /// How the rows of a configuration file show it.
     artifact_source_file shown_source_of(const QString &file, const QString &user) const;
     /// The columns of the source that all rows of a configuration file end with.
@@ -222,6 +218,58 @@ private:
     /// and when the extraction is cancelled.
     QString get_dates_from_nsarray(const QString &key, const property_list_value &dictionary,
                                    const QString &name) const;
+
+    // --- Table preferences: mail_macos_preferences.cpp ---------------------------------------------------------------
+    /// Stores the settings of the mail application's preference list, one row a setting, and completes the rows of the
+    /// table signature: which are selected, and how an account chooses among its own.
+    void xcode_extract_preferences(const QString &file, const QString &user, const QString &destination_db,
+                                   const QString &source_root);
+    /// Stores the settings of the preference list that the mail application shares with others.
+    void xcode_extract_composing_addressing_prefs(const QString &file, const QString &user,
+                                                  const QString &destination_db, const QString &source_root);
+    /// Appends the row texts of the settings, in their order. Out: false when the extraction was cancelled.
+    bool append_row_texts(QStringList &row_texts, preference_settings settings, const property_list_value &dictionary,
+                          const preference_context &context) const;
+    bool append_row_texts_of_application(QStringList &row_texts, const property_list_value &root,
+                                         const preference_context &context) const;
+    /// Inserts a row for each row text that has a label and a value. Out: false when the extraction was cancelled.
+    bool insert_preferences(row_writer &rows, const QStringList &row_texts, const QString &file,
+                            const QString &user) const;
+    /// Mark the selected ones of the stored signatures, and tell how an account's are chosen. Out: false when the
+    /// extraction was cancelled.
+    bool mark_selected_signatures(result_session &destination, const property_list_value &selected,
+                                  const QString &file) const;
+    bool store_selection_methods(result_session &destination, const property_list_value &methods) const;
+
+    // --- Settings for the table preferences: mail_macos_preference_settings.cpp --------------------------------------
+    static preference_settings settings_before_the_viewer_state();
+    static preference_settings settings_behind_the_viewer_state();
+    static preference_settings settings_of_composing();
+    /// The number, cut towards zero, in decimal.
+    QString get_prefs_decimal_number(const QString &key, const property_list_value &dictionary,
+                                     const QString &label) const;
+    /// Which copies the user sends to himself; the key is that of copies in "Cc".
+    QString get_prefs_copies_to_self(const QString &key, const property_list_value &dictionary,
+                                     const QString &label) const;
+    /// The elements of a list of texts as they stand, joined by ";".
+    QString get_prefs_untrimmed_texts(const QString &key, const property_list_value &dictionary,
+                                      const QString &label) const;
+
+    // --- The state of the main window, for the table preferences: mail_macos_viewer_state.cpp ------------------------
+    static preference_settings settings_of_viewer_state();
+    static preference_settings settings_of_viewers();
+    static preference_settings settings_of_toolbar();
+    /// By what, and which way, a viewer sorts. Empty when the value under the key is no dictionary.
+    QString get_prefs_all_viewerattributes(const QString &key, const property_list_value &dictionary,
+                                           const QString &label) const;
+    /// The entries of the favorites bar. Empty when the value under the key is no list, and when the extraction is
+    /// cancelled.
+    QString get_prefs_favorite_values(const QString &key, const property_list_value &dictionary,
+                                      const QString &label) const;
+    /// The names that the user gave to flags. Empty as above, for what is no dictionary.
+    QString get_prefs_flag_names(const QString &key, const property_list_value &dictionary, const QString &label) const;
+    /// The accounts in the order in which the application lists them.
+    static QString shown_account_order(const QString &urls, const preference_context &context);
 
     // --- Table emlx_list: mail_macos_emlx.cpp ------------------------------------------------------------------------
     /// Lists the mail files below a store folder of V3 to V9.

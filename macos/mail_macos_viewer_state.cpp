@@ -11,24 +11,28 @@ QString as_part(QString row_text)
     return row_text.replace(QLatin1String(":+:"), QLatin1String(": "));
 }
 
-QString without_colons(const QString &value)
+QString without_colons(const QString &value, const preference_context &)
 {
     return QString(value).remove(QLatin1Char(':'));
 }
 
 // The entries of a list of URLs, the last one's end cut.
-QString entries_of(const QString &urls, const std::atomic<bool> &is_cancelled, mailbox_names &names,
+QString entries_of(const QString &urls, const preference_context &context,
                    QString (mailbox_names::*entry_of)(const QString &url))
 {
     QString entries;
-    const QStringList each_url = urls.split(QLatin1Char(';'));
-    for (const QString &url : each_url) {
-        if (is_cancelled) {
+    for (const QStringRef &url : urls.splitRef(QLatin1Char(';'))) {
+        if (context.is_cancelled) {
             return QString();
         }
-        entries += (names.*entry_of)(url);
+        entries += (context.names.*entry_of)(url.toString());
     }
     return without_ending(entries, ";;");
+}
+
+QString selected_mailboxes(const QString &urls, const preference_context &context)
+{
+    return entries_of(with_escapes_decoded(urls), context, &mailbox_names::entry_of_mailbox);
 }
 
 // The entries of the favorites bar. Behind each entry the escapes of the whole text are decoded anew, so that an escape
@@ -55,30 +59,47 @@ private:
     int settled_size = 0;
 };
 
-} // namespace
-
-QString mail_macos::shown_mailboxes(const QString &urls, const preference_context &context)
+QString entry_of_favorite(const property_list_value &favorite)
 {
-    return entries_of(with_escapes_decoded(urls), context.is_cancelled, context.names,
-                      &mailbox_names::entry_of_mailbox);
+    QString entry;
+    const auto append_name = [&](const char *key, const char *label) {
+        const property_list_value name = favorite.object_for_key(key);
+        if (name.is_string()) {
+            entry += QLatin1String(label) + name.text().trimmed() + QLatin1Char(';');
+        }
+    };
+    append_name("MailboxUidPersistentIdentifier", "Mailbox Identifier: ");
+    append_name("MailboxUidName", "Mailbox UID Name: ");
+    const QString selection = stored_yes_no("IsPrefferedSelection", favorite);
+    if (!selection.isNull()) {
+        entry += QLatin1String("Is Preffered Selection: ") + selection + QLatin1Char(';');
+    }
+    const property_list_value part = favorite.object_for_key("SelectedSubMailboxPersistentIdentifier");
+    if (part.is_string()) {
+        const QString label = QStringLiteral("Selected Sub Mailbox Identifier");
+        entry += as_part(labelled(label, part.text().trimmed())).trimmed() + QLatin1Char(';');
+    }
+    return entry + QLatin1Char(';');
 }
+
+} // namespace
 
 QString mail_macos::shown_account_order(const QString &urls, const preference_context &context)
 {
-    return entries_of(urls, context.is_cancelled, context.names, &mailbox_names::entry_of_account);
+    return entries_of(urls, context, &mailbox_names::entry_of_account);
 }
 
-mail_macos::preference_settings mail_macos::settings_of_viewer_state()
+preference_settings mail_macos::settings_of_viewer_state()
 {
     constexpr preference_reader string = &mail_macos::get_prefs_nsstring_values;
     constexpr preference_reader yes_no = &mail_macos::get_prefs_nsnumber_values;
     constexpr preference_reader list = &mail_macos::get_prefs_nsarray_values;
     // clang-format off
     static constexpr preference_setting settings[] = {
-        {"SelectedMailboxes",   "Selected Mailbox",      list,   shown_mailboxes},
+        {"SelectedMailboxes",   "Selected Mailbox",      list,   selected_mailboxes},
         {"ToolbarIsHidden",     "Toolbar Is Hidden",     yes_no},
         {"SortedDescending",    "Sorting Descending",    yes_no},
-        {"SortOrder",           "Sort By",               string, shown_by_words<sort_order_words>},
+        {"SortOrder",           "Sort By",               string, as_words<sort_order_words>},
         {"FavoritesBarVisible", "Favorites Bar Visible", yes_no},
     };
     // clang-format on
@@ -86,7 +107,7 @@ mail_macos::preference_settings mail_macos::settings_of_viewer_state()
 }
 
 // Two of the labels are the same.
-mail_macos::preference_settings mail_macos::settings_of_viewers()
+preference_settings mail_macos::settings_of_viewers()
 {
     constexpr preference_reader viewer = &mail_macos::get_prefs_all_viewerattributes;
     // clang-format off
@@ -105,13 +126,13 @@ mail_macos::preference_settings mail_macos::settings_of_viewers()
     return settings;
 }
 
-mail_macos::preference_settings mail_macos::settings_of_toolbar()
+preference_settings mail_macos::settings_of_toolbar()
 {
     constexpr preference_reader list = &mail_macos::get_prefs_nsarray_values;
     // clang-format off
     static constexpr preference_setting settings[] = {
-        {"TB Item Identifiers",         "Toolbar Buttons",         list, value_without_colons},
-        {"TB Default Item Identifiers", "Default Toolbar Buttons", list, value_without_colons},
+        {"TB Item Identifiers",         "Toolbar Buttons",         list, without_colons},
+        {"TB Default Item Identifiers", "Default Toolbar Buttons", list, without_colons},
     };
     // clang-format on
     return settings;
@@ -150,4 +171,24 @@ QString mail_macos::get_prefs_favorite_values(const QString &key, const property
         }
     }
     return labelled(label, without_ending(text.so_far(), ";;"));
+}
+
+QString mail_macos::get_prefs_flag_names(const QString &key, const property_list_value &dictionary,
+                                         const QString &label) const
+{
+    const property_list_value flags = dictionary.object_for_key(key);
+    if (!flags.is_dictionary()) {
+        return QString();
+    }
+    QString names;
+    for (const auto &[position, name] : flags.entries()) {
+        if (cancel_extraction_bool) {
+            return QString();
+        }
+        if (name.is_string()) {
+            names += as_part(labelled(QLatin1String("Position ") + position, name.text().trimmed()));
+        }
+        names += QLatin1Char(';');
+    }
+    return labelled(label, without_ending(names, ";"));
 }

@@ -56,6 +56,17 @@ QString with_words_shown(QString text, table_rows<shown_word> words)
     return text;
 }
 
+QString with_first_word_shown(const QString &value, table_rows<shown_word> words)
+{
+    for (const shown_word &word : words) {
+        const QLatin1String stored(word.stored);
+        if (value.startsWith(stored)) {
+            return QLatin1String(word.shown) + value.midRef(stored.size());
+        }
+    }
+    return value;
+}
+
 QString with_value_shown(const QString &row_text, table_rows<shown_word> words)
 {
     const int marker = row_text.indexOf(value_marker);
@@ -63,14 +74,7 @@ QString with_value_shown(const QString &row_text, table_rows<shown_word> words)
         return row_text;
     }
     const int value_begin = marker + value_marker.size();
-    const QStringRef value = row_text.midRef(value_begin);
-    for (const shown_word &word : words) {
-        const QLatin1String stored(word.stored);
-        if (value.startsWith(stored)) {
-            return row_text.left(value_begin) + QLatin1String(word.shown) + value.mid(stored.size());
-        }
-    }
-    return row_text;
+    return row_text.leftRef(value_begin) + with_first_word_shown(row_text.mid(value_begin), words);
 }
 
 QString text_of_number(qint64 number, table_rows<shown_number> numbers)

@@ -74,7 +74,10 @@ QString stored_list(const char *key, const property_list_value &dictionary, cons
 /// Replaces every occurrence of each word, one word after the other: what one puts in, a later one may replace.
 QString with_words_shown(QString text, table_rows<shown_word> words);
 
-/// In: a row text. Out: the same with the word that its value begins with replaced; the first word that fits counts.
+/// Replaces the word that the value begins with; the first word that fits counts.
+QString with_first_word_shown(const QString &value, table_rows<shown_word> words);
+
+/// In: a row text. Out: the same with its value as above.
 QString with_value_shown(const QString &row_text, table_rows<shown_word> words);
 
 /// Out: null for a number that the table does not hold.
