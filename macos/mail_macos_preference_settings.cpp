@@ -2,6 +2,7 @@
 // Those of the main window stand in mail_macos_viewer_state.cpp.
 #include "core/plugin_static_function.h"
 #include "macos/mail_macos.h"
+#include "macos/preference_setting.h"
 #include "services/property_list_readers.h"
 
 namespace {

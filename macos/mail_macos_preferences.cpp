@@ -5,6 +5,7 @@
 #include "core/row_writer.h"
 #include "core/source_session.h"
 #include "macos/mail_macos.h"
+#include "macos/row_text.h"
 #include "services/property_list_readers.h"
 
 namespace {

@@ -1,14 +1,19 @@
 // Settings of the table preferences that describe the state of the main window: selected mailboxes, viewers, toolbar,
 // favorites, flags, the order of the accounts.
 #include "macos/mail_macos.h"
+#include "macos/preference_setting.h"
 #include "services/property_list_readers.h"
+
+#include <QRegularExpression>
 
 namespace {
 
+constexpr shown_word marks_inside_values[] = {{":+:", ": "}};
+
 // A labelled value as it stands inside the value of a row.
-QString as_part(QString row_text)
+QString as_part(const QString &row_text)
 {
-    return row_text.replace(QLatin1String(":+:"), QLatin1String(": "));
+    return with_words_shown(row_text, marks_inside_values);
 }
 
 QString without_colons(const QString &value, const preference_context &)
@@ -42,15 +47,15 @@ class favorites_text
 public:
     void append(const QString &entry)
     {
+        static const QRegularExpression escape(QStringLiteral("%[0-9A-Fa-f]{2}"));
         text += entry;
-        const QString unsettled = text.mid(settled_size);
-        const QString decoded = with_escapes_decoded(unsettled);
-        if (decoded == unsettled) {
-            settled_size = text.size(); // no later decoding changes it: an escape never reaches into the next entry
-        } else {
-            text.truncate(settled_size);
-            text += decoded;
-        }
+        const QString decoded = with_escapes_decoded(text.mid(settled_size));
+        text.truncate(settled_size);
+        text += decoded;
+        // What stands in front of the first escape no later decoding changes. None reaches into the next entry, which
+        // begins with no hexadecimal digit.
+        const int first_escape = text.indexOf(escape, settled_size);
+        settled_size = first_escape < 0 ? text.size() : first_escape;
     }
     const QString &so_far() const { return text; }
 

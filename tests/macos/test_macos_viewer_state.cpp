@@ -1,0 +1,104 @@
+// The settings of the table preferences that describe the state of the main window, with the names that other tables
+// give to mailboxes and accounts.
+#include "tests/macos/preference_source.h"
+
+using evidence::property_list_dictionary;
+
+namespace {
+
+const QString operation = QStringLiteral("mail_macos::xcode_extract_preferences");
+
+void fill_tables(const host_run &run)
+{
+    run_statement(run, text("insert into accounts(user_name, account_identifier) values('anna@example.org', 'A1B2')"));
+    run_statement(run, text("insert into accounts(user_name, account_identifier) values('nobody', '')"));
+    run_statement(run,
+                  text("insert into smart_mailboxes(mailbox_name, mailbox_id) values('Wichtig', 'S1'), (' ', 'S2')"));
+    run_statement(run, text("insert into vip_contacts(vip_name, mailbox_uid) values('Ben', 'S2'), ('Cem', 'V1')"));
+}
+
+} // namespace
+
+class test_macos_viewer_state : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { source = std::make_unique<preference_source>(application_list); }
+
+    void settings() { source->check_cases("viewer_state.txt", silent_defaults, fill_tables); }
+    void flags_in_the_order_of_the_list();
+    void without_other_tabs();
+    void failed_look_ups();
+    void many_favorites();
+
+private:
+    QString rows_of(const host_run &run) const { return preference_source::rows_by_user(run).value(text("anna")); }
+
+    std::unique_ptr<preference_source> source;
+};
+
+void test_macos_viewer_state::flags_in_the_order_of_the_list()
+{
+    property_list_dictionary root = with_silent_defaults({});
+    root.append({"FlagNames", property_list_dictionary{{"6", text("Grau")}, {"0", text("Rot")}, {"b", text("x")}}});
+    source->write(text("anna"), root);
+
+    const auto run = source->new_run();
+    run->run();
+
+    QCOMPARE(rows_of(*run), text("Flag Names: Position 6: Grau;Position 0: Rot;Position b: x"));
+}
+
+void test_macos_viewer_state::without_other_tabs()
+{
+    property_list_dictionary root = with_silent_defaults({});
+    root.append({"AccountOrdering", QStringList{text("imap://A1B2/"), text("local://")}});
+    source->write(text("anna"), root);
+
+    const auto run = source->new_run();
+    run->run();
+
+    QCOMPARE(rows_of(*run), text("Account Display Order: Local Account: On My Mac;Account URL: local://"));
+}
+
+void test_macos_viewer_state::failed_look_ups()
+{
+    property_list_dictionary root = with_silent_defaults({});
+    root.append({"AccountOrdering", QStringList{text("imap://A1B2/"), text("local://")}});
+    const QStringList mailboxes{text("smartmailbox://S1"), text("smartmailbox://V1"), text("imap://A1B2/INBOX")};
+    root.append({"DefaultViewerState", property_list_dictionary{{"SelectedMailboxes", mailboxes}}});
+    source->write(text("anna"), root);
+
+    const auto run = source->new_run();
+    run->prepare();
+    fill_tables(*run);
+    run_statement(*run, text("drop table vip_contacts"));
+    run_statement(*run, text("drop table accounts"));
+    run->extract();
+
+    QCOMPARE(rows_of(*run), text("Selected Mailbox: Mailbox Name: Wichtig;Mailbox URL: smartmailbox://S1 | Account "
+                                 "Display Order: Local Account: On My Mac;Account URL: local://"));
+    const QString no_match = text("[xcode_extract_preferences] : no match found ");
+    QCOMPARE(run->log_of(operation), (QStringList{text("starts"), text("[xcode_extract_preferences] :2 no match found"),
+                                                  no_match, no_match, text("ends")}));
+}
+
+// The text so far is decoded behind each entry: that must not take a time that grows with the square of their number.
+void test_macos_viewer_state::many_favorites()
+{
+    constexpr int favorite_count = 50000;
+    QVariantList favorites;
+    for (int i = 0; i < favorite_count; ++i) {
+        favorites.append(property_list_dictionary{{"MailboxUidName", text("a%20b")}});
+    }
+    source->write(text("anna"), property_list_dictionary{{"Favorites", favorites}});
+
+    const auto run = source->new_run();
+    run->run();
+
+    QCOMPARE(rows_of(*run).count(text("Mailbox UID Name: a b")), favorite_count);
+}
+
+QTEST_MAIN(test_macos_viewer_state)
+#include "test_macos_viewer_state.moc"
