@@ -53,7 +53,7 @@ void add_options(QCommandLineParser &parser)
     parser.addOptions(
         {{QStringLiteral("size"), QStringLiteral("how many items; several sizes show the growth"), QStringLiteral("N")},
          {QStringLiteral("emlx"),
-          QStringLiteral("how many mail files a macOS store has, nearly one a message unless told"),
+          QStringLiteral("how many mail files a mail store has, nearly one a message unless told"),
           QStringLiteral("N")},
          {QStringLiteral("runs"), QStringLiteral("counted runs each, 5 unless told"), QStringLiteral("N"),
           QStringLiteral("5")},

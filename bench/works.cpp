@@ -3,9 +3,12 @@
 #include "bench/ios_uniform_floor.h"
 #include "bench/macos_configuration_floor.h"
 #include "bench/macos_floor.h"
+#include "bench/winos_floor.h"
 #include "evidence/macos_configuration.h"
 #include "evidence/sample_ios_file_tree.h"
 #include "evidence/sample_macos_mail_tree.h"
+#include "evidence/sample_windows_mail_store.h"
+#include "evidence/sample_windows_profile.h"
 
 #include <algorithm>
 
@@ -49,7 +52,32 @@ void make_macos_configuration(const evidence_request &request)
     tree.finish();
 }
 
-constexpr std::array<work, 4> works = {{
+/// Three times as many recipients as messages, half as many attachments, a fifth contacts.
+void make_windows_store(const evidence_request &request)
+{
+    evidence::sample_windows_profile_options options;
+    options.message_count = request.size;
+    options.has_second_user = false;
+    options.has_mail_store = false;
+    evidence::write_sample_windows_profile(request.root, options);
+}
+
+void make_windows_mail_store(const evidence_request &request)
+{
+    evidence::sample_windows_mail_store_options options;
+    options.message_count = request.size;
+    options.eml_count = request.emlx_count;
+    evidence::windows_profile profile(request.root, QLatin1String(winos_user));
+    evidence::write_sample_windows_mail_store(profile, options);
+}
+
+void make_windows_bodies(const evidence_request &request)
+{
+    evidence::windows_profile profile(request.root, QLatin1String(winos_user));
+    evidence::write_sample_html_bodies(profile, request.size, 1);
+}
+
+constexpr std::array<work, 7> works = {{
     {"ios-uniform",
      "the messages of an iOS file system",
      "messages",
@@ -103,6 +131,45 @@ constexpr std::array<work, 4> works = {{
      macos_vip_columns,
      "INT",
      &macos_configuration_tables},
+    {"winos-store",
+     "the tables of a store.vol: messages, three times as many recipients, half as many attachments, contacts",
+     "messages",
+     {10000, 100000},
+     make_windows_store,
+     "winOS",
+     "appointments,all_attachments,messages,contacts,call_history",
+     winos_user,
+     run_winos_store_floor,
+     "appointments",
+     false,
+     winos_store_columns,
+     "INT"},
+    {"winos-walker",
+     "the tables of the mail application's own store on Windows, with its mail files",
+     "messages",
+     {10000, 100000},
+     make_windows_mail_store,
+     "winOS",
+     "all_attachments,messages,mailconversation",
+     winos_user,
+     run_winos_walker_floor,
+     "messages",
+     true,
+     winos_message_columns,
+     "INT"},
+    {"winos-bodies",
+     "the HTML body files of a UniStore",
+     "files",
+     {2000, 20000},
+     make_windows_bodies,
+     "winOS",
+     "mail_data",
+     winos_user,
+     run_winos_bodies_floor,
+     "mail_data",
+     true,
+     winos_body_columns,
+     "file_name"},
 }};
 
 } // namespace

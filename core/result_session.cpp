@@ -28,13 +28,24 @@ bool result_session::open(const failure_text &texts)
     return true;
 }
 
+void result_session::keep()
+{
+    commit();
+    connection.execute("BEGIN");
+}
+
 void result_session::finish()
 {
     if (!connection.is_open()) {
         return;
     }
+    commit();
+    connection.close();
+}
+
+void result_session::commit()
+{
     if (!connection.execute("COMMIT")) {
         log.failure(commit_failure, path, connection.error_text());
     }
-    connection.close();
 }

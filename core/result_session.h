@@ -15,6 +15,9 @@ public:
 
     /// Opens the database and begins the transaction. Out: false when it does not open, which is logged with the texts.
     bool open(const failure_text &texts);
+    /// Commits the rows so far and begins the next transaction, for operations whose rows stand by themselves. Rows
+    /// lost because the commit failed are logged.
+    void keep();
     /// Commits and closes, for operations that log their end behind it. A second call does nothing. Rows lost because
     /// the commit failed are logged.
     void finish();
@@ -24,6 +27,8 @@ public:
     const QString &database_name() const { return path; }
 
 private:
+    void commit();
+
     const operation_log &log;
     QString path;
     sqlite_database connection;

@@ -2,6 +2,7 @@
 #include "evidence/files.h"
 #include "evidence/sample_ios_file_tree.h"
 #include "evidence/sample_macos_mail_tree.h"
+#include "evidence/sample_windows_profile.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -71,10 +72,32 @@ QString write_macos_volume(const tree_request &request)
         .arg(written.opened_attachments);
 }
 
+QString write_windows_profile(const tree_request &request)
+{
+    sample_windows_profile_options options;
+    options.message_count = request.size;
+    options.seed = request.seed;
+    const sample_windows_profile_summary written = write_sample_windows_profile(request.folder, options);
+    return QStringLiteral(
+               "%1: %2 messages of the users %3, %4 recipients, %5 attachments, %6 contacts, %7 appointments, "
+               "%8 calls, %9 attachment files")
+               .arg(request.folder)
+               .arg(written.messages)
+               .arg(written.users.join(QLatin1String(", ")))
+               .arg(written.recipients)
+               .arg(written.attachments)
+               .arg(written.contacts)
+               .arg(written.appointments)
+               .arg(written.calls)
+               .arg(written.attachment_files) +
+           QStringLiteral(", %1 mail files, %2 HTML bodies").arg(written.eml_files).arg(written.html_bodies);
+}
+
 // clang-format off
-constexpr std::array<tree_kind, 2> kinds = {{
-    {"ios-file-tree", "the mail data of an iOS file system; N messages",                write_ios_file_tree},
-    {"macos-volume",  "the mail data of a macOS volume with two users; N messages in all", write_macos_volume},
+constexpr std::array<tree_kind, 3> kinds = {{
+    {"ios-file-tree",   "the mail data of an iOS file system; N messages",                   write_ios_file_tree},
+    {"macos-volume",    "the mail data of a macOS volume with two users; N messages in all", write_macos_volume},
+    {"windows-profile", "the mail data of a Windows volume with two users; N messages in all", write_windows_profile},
 }};
 // clang-format on
 

@@ -1,7 +1,8 @@
 #include "macos/signature_text.h"
 
+#include "services/byte_text.h"
+
 #include <QRegularExpression>
-#include <QTextCodec>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -92,14 +93,6 @@ bool has_too_many_cells(const QString &html)
 }
 
 } // namespace
-
-QString text_of_unknown_encoding(const QByteArray &bytes)
-{
-    QTextCodec::ConverterState state;
-    const QString text = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-    const bool is_valid = state.invalidChars == 0 && state.remainingChars == 0;
-    return is_valid ? text : QString::fromLatin1(bytes);
-}
 
 std::optional<QString> plain_text_of_signature(const QByteArray &content, const std::atomic<bool> &cancel_flag)
 {

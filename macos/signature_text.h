@@ -11,6 +11,3 @@
 /// included. Of quoted-printable only the soft line breaks are resolved. None for more markup than a signature has,
 /// and when the extraction is cancelled.
 std::optional<QString> plain_text_of_signature(const QByteArray &content, const std::atomic<bool> &cancel_flag);
-
-/// Out: the bytes read as UTF-8 where they are valid UTF-8, else as Latin-1.
-QString text_of_unknown_encoding(const QByteArray &bytes);

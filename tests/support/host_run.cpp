@@ -77,7 +77,8 @@ void host_run::prepare()
     source.os_scheme_internal_QString = scheme;
     source.os_scheme_display_QString = QStringLiteral("Display of ") + scheme;
     for (const QString &user : users) {
-        source.system_account_QList.append({user, QString()});
+        const int colon = user.indexOf(QLatin1Char(':'));
+        source.system_account_QList.append({user.left(colon), colon < 0 ? QString() : user.mid(colon + 1)});
     }
     object.pub_set_source_info(source);
     object.pub_set_source_count(source_count);

@@ -19,7 +19,7 @@ public:
     int source_count = 1;
     bool is_logging = true;
     QString source_type;
-    QStringList users; ///< the accounts of the source, without domains
+    QStringList users; ///< the accounts of the source, "name" or "name:domain"
 
     /// The steps up to the search for sources, the extraction, the clean-up.
     void prepare();

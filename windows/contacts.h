@@ -1,0 +1,18 @@
+/// Contacts of the address book: table "Contact" of the communications store.
+#pragma once
+
+#include "windows/specific_table.h"
+
+/// What start_parsing() reads of the table "Contact" stands in struct_contacts_QList.
+class contacts final : public specific_table
+{
+public:
+    using specific_table::get_column_name_and_type;
+    using specific_table::get_record_values;
+    void get_record_values(libesedb_record_t *record, libesedb_error_t *error, QString column_name, int value_entry,
+                           unsigned int column_type) override;
+    void get_column_name_and_type(libesedb_record_t *record, libesedb_error_t *error) override;
+
+private:
+    static const column_field<struct_contacts> columns[13];
+};

@@ -1,0 +1,34 @@
+/// Lets the ESE library read through a descriptor of ours. Opened by its path, an evidence file would have its access
+/// time moved: the library opens it anew, without asking the system to leave that alone.
+#pragma once
+
+#include "services/source_files.h"
+#include "windows/ese_handles.h"
+
+/// Where the library stands in the file.
+struct ese_source_stream
+{
+    int descriptor;
+    off64_t place = 0;
+    bool is_open = false;
+};
+
+class ese_source_handle
+{
+public:
+    /// The file must be open as long as the handle is used.
+    explicit ese_source_handle(const file_descriptor &file);
+    /// Only after the library has closed its file.
+    ~ese_source_handle();
+    ese_source_handle(const ese_source_handle &) = delete;
+    ese_source_handle &operator=(const ese_source_handle &) = delete;
+
+    /// Out: the library's result; -1 also where this library does not bring along what it takes to read for it.
+    int open(libesedb_file_t *file, libesedb_error_t **error);
+    /// Out: whether this library can read through a descriptor at all.
+    bool is_offered() const { return handle != nullptr; }
+
+private:
+    ese_source_stream stream;
+    intptr_t *handle = nullptr;
+};
