@@ -18,7 +18,7 @@ bool source_session::open(const failure_text &texts)
 }
 
 source_query::source_query(sqlite_database &connection, const QString &name, const operation_log &operation,
-                           std::initializer_list<const char *> statements, const failure_text &failure_texts)
+                           const std::vector<const char *> &statements, const failure_text &failure_texts)
     : database(connection), database_name(name), log(operation), texts(failure_texts)
 {
     variants.reserve(statements.size());
@@ -29,12 +29,12 @@ source_query::source_query(sqlite_database &connection, const QString &name, con
 
 source_query::source_query(source_session &source, const operation_log &operation, const char *statement,
                            const failure_text &failure_texts)
-    : source_query(source, operation, {statement}, failure_texts)
+    : source_query(source, operation, std::vector<const char *>{statement}, failure_texts)
 {
 }
 
 source_query::source_query(source_session &source, const operation_log &operation,
-                           std::initializer_list<const char *> statements, const failure_text &failure_texts)
+                           const std::vector<const char *> &statements, const failure_text &failure_texts)
     : source_query(source.database(), source.database_name(), operation, statements, failure_texts)
 {
 }

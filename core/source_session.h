@@ -40,7 +40,7 @@ class source_query
 {
 public:
     source_query(source_session &session, const operation_log &log, const char *statement, const failure_text &texts);
-    source_query(source_session &session, const operation_log &log, std::initializer_list<const char *> statements,
+    source_query(source_session &session, const operation_log &log, const std::vector<const char *> &statements,
                  const failure_text &texts);
     source_query(result_session &session, const operation_log &log, const char *statement, const failure_text &texts);
 
@@ -76,7 +76,7 @@ private:
     };
 
     source_query(sqlite_database &database, const QString &database_name, const operation_log &log,
-                 std::initializer_list<const char *> statements, const failure_text &texts);
+                 const std::vector<const char *> &statements, const failure_text &texts);
 
     bool prepare(variant &candidate);
     bool start(variant &candidate, std::initializer_list<QString> values);

@@ -1,7 +1,6 @@
 // Table rules: one row a rule of SyncedRules.plist in the folder MailData of a store, its criteria in the words of the
 // mail application's window.
-#include "core/result_session.h"
-#include "core/row_writer.h"
+#include "macos/listed_rows.h"
 #include "macos/mail_macos.h"
 #include "macos/row_text.h"
 
@@ -176,13 +175,17 @@ QString value_of(const rule_column &column, const property_list_value &rule, con
     return with_escapes_decoded(stored_text(column.key, rule));
 }
 
-row_values row_of_rule(const property_list_value &rule, const QString &user, const std::atomic<bool> &cancel_flag)
+std::optional<row_values> values_of_rule(const property_list_value &rule, const std::atomic<bool> &cancel_flag,
+                                         const QString &user)
 {
-    row_values row{{"bookmark", QStringLiteral("0")}, {"system_user", user}};
-    for (const rule_column &column : rule_columns) {
-        row.push_back({column.name, value_of(column, rule, user, cancel_flag)});
+    if (!rule.is_dictionary()) {
+        return std::nullopt;
     }
-    return row;
+    row_values values;
+    for (const rule_column &column : rule_columns) {
+        values.push_back({column.name, value_of(column, rule, user, cancel_flag)});
+    }
+    return values;
 }
 
 } // namespace
@@ -190,34 +193,16 @@ row_values row_of_rule(const property_list_value &rule, const QString &user, con
 void mail_macos::xcode_extract_syncedrule(const QString &file, const QString &user, const QString &destination_db,
                                           const QString &)
 {
-    static constexpr operation_log log{"void mail_macos::xcode_extract_syncedrule(QString, QString, QString, QString)"};
-    log("starts");
-    result_session destination{log, destination_db};
-    if (!destination.open(destination_failure)) {
-        return;
-    }
-    const property_list list = property_list::from_file(file);
-    if (!list.root().is_array()) {
-        log.failure(list_failure, file);
-        log("end with failure");
-        return;
-    }
-    row_writer rows{*this, destination, log, insert_rule, insert_failure};
-    const artifact_source_file shown_file = shown_source_of(file, user);
-    for (const property_list_value &rule : list.root().elements()) {
-        if (cancel_extraction_bool) {
-            return;
-        }
-        if (!rule.is_dictionary()) {
-            continue;
-        }
-        row_values row = row_of_rule(rule, user, cancel_extraction_bool);
-        append_source_columns(row, shown_file);
-        if (cancel_extraction_bool) { // it may have been filled in part only
-            return;
-        }
-        rows.insert(row);
-    }
-    destination.finish();
-    log("ends");
+    static constexpr listed_rows rules{
+        operation_log{"void mail_macos::xcode_extract_syncedrule(QString, QString, QString, QString)"},
+        destination_failure,
+        list_failure,
+        "end with failure",
+        entries_of_array,
+        insert_rule,
+        insert_failure,
+    };
+    extract_listed_rows(rules, file, user, destination_db, [&](const QString &, const property_list_value &rule) {
+        return values_of_rule(rule, cancel_extraction_bool, user);
+    });
 }

@@ -1,8 +1,7 @@
 // Table smart_mailboxes: one row a smart mailbox of SyncedSmartMailboxes.plist, with its criteria as the mail
 // application's window words them.
 #include "core/plugin_static_function.h"
-#include "core/result_session.h"
-#include "core/row_writer.h"
+#include "macos/listed_rows.h"
 #include "macos/mail_macos.h"
 #include "macos/row_text.h"
 
@@ -305,37 +304,17 @@ struct mail_macos::smart_mailbox_criteria
 void mail_macos::xcode_extract_smartbox(const QString &file, const QString &user, const QString &destination_db,
                                         const QString &)
 {
-    mailboxes_log("starts");
-    result_session destination{mailboxes_log, destination_db};
-    if (!destination.open(destination_open_failure)) {
-        return;
-    }
-    const property_list list = property_list::from_file(file);
-    if (!list.root().is_array()) {
-        mailboxes_log.failure(list_failure, file);
-        mailboxes_log("end with failure");
-        return;
-    }
-    row_writer rows{*this, destination, mailboxes_log, insert_smart_mailbox, insert_failure};
-    const artifact_source_file shown_list = shown_source_of(file, user);
-    for (const property_list_value &mailbox : list.root().elements()) {
-        if (cancel_extraction_bool) {
-            return;
-        }
-        const std::optional<row_values> row = row_of_smart_mailbox(mailbox, user, shown_list);
-        if (cancel_extraction_bool) { // it may have been filled in part only
-            return;
-        }
-        if (row) {
-            rows.insert(*row);
-        }
-    }
-    destination.finish();
-    mailboxes_log("ends");
+    static constexpr listed_rows mailboxes{
+        mailboxes_log,    destination_open_failure, list_failure,   "end with failure",
+        entries_of_array, insert_smart_mailbox,     insert_failure,
+    };
+    extract_listed_rows(
+        mailboxes, file, user, destination_db,
+        [&](const QString &, const property_list_value &mailbox) { return values_of_smart_mailbox(mailbox, user); });
 }
 
-std::optional<row_values> mail_macos::row_of_smart_mailbox(const property_list_value &mailbox, const QString &user,
-                                                           const artifact_source_file &shown_list) const
+std::optional<row_values> mail_macos::values_of_smart_mailbox(const property_list_value &mailbox,
+                                                              const QString &user) const
 {
     if (!is_kind_or_logged(mailbox.is_dictionary(), mailboxes_log, "dictionary blank")) {
         return std::nullopt;
@@ -347,9 +326,7 @@ std::optional<row_values> mail_macos::row_of_smart_mailbox(const property_list_v
     const QString must_satisfy_all = stored_yes_no("MailboxAllCriteriaMustBeSatisfied", mailbox);
     smart_mailbox_criteria criteria;
     read_smart_mailbox_criteria(stored_criteria, user, criteria);
-    row_values row{
-        {"bookmark", QStringLiteral("0")},
-        {"system_user", user},
+    return row_values{
         {"mailbox_name", stored_text("MailboxName", mailbox)},
         {"mailbox_id", stored_text("MailboxID", mailbox)},
         {"include_messages_from_trash", criteria.includes_trash},
@@ -357,8 +334,6 @@ std::optional<row_values> mail_macos::row_of_smart_mailbox(const property_list_v
         {"met_condition", must_satisfy_all == QLatin1String(yes) ? QStringLiteral("all") : QStringLiteral("any")},
         {"conditions", criteria.conditions},
     };
-    append_source_columns(row, shown_list);
-    return row;
 }
 
 void mail_macos::read_smart_mailbox_criteria(const property_list_value &stored, const QString &user,

@@ -1,4 +1,4 @@
-// The table rules: the vocabulary of the criteria, whole rows, and what becomes of lists that are damaged.
+// The table rules: the vocabulary of the criteria, whole rows, and a run that is cancelled.
 #include "tests/macos/configuration_source.h"
 #include "tests/support/tree_snapshot.h"
 
@@ -68,9 +68,6 @@ private Q_SLOTS:
     void criteria();
     void rows();
     void home_folder();
-    void no_list_data();
-    void no_list();
-    void failures_of_the_result_database();
     void cancelled_from_another_thread();
 
 private:
@@ -137,61 +134,6 @@ void test_macos_rules::home_folder()
     QCOMPARE(source->column(*run, "source_file"), QStringList{text("/Library/Mail/V6/MailData/SyncedRules.plist")});
     QCOMPARE(source->column(*run, "artifacts_relation_source_file"),
              QStringList{text("/Users/anna/Library/Mail/V6/MailData/SyncedRules.plist")});
-}
-
-void test_macos_rules::no_list_data()
-{
-    QTest::addColumn<QVariant>("root");
-    QTest::addColumn<int>("size");
-    QTest::newRow("a dictionary") << QVariant(whole_rule()) << -1;
-    QTest::newRow("a text") << QVariant(text("text")) << -1;
-    QTest::newRow("cut off") << QVariant(QVariantList{whole_rule()}) << 100;
-    QTest::newRow("empty") << QVariant(QVariantList{whole_rule()}) << 0;
-}
-
-void test_macos_rules::no_list()
-{
-    QFETCH(QVariant, root);
-    QFETCH(int, size);
-    source->write("anna", 9, root);
-    source->write("ben", 9, QVariantList{whole_rule()});
-    if (size >= 0) {
-        QVERIFY(QFile::resize(source->list_path("anna", 9), size));
-    }
-
-    const auto run = source->new_run();
-    run->run();
-
-    QCOMPARE(run->row_count(source->table), 1); // ben's
-    QCOMPARE(run->log_of(operation).mid(0, 3),
-             (QStringList{text("starts"),
-                          text("m_plist blank -------FAILED-------SOURCE/Users/anna/Library/Mail/V9/MailData/"
-                               "SyncedRules.plist"),
-                          text("end with failure")}));
-    QCOMPARE(run->tab_signals, QList<int>{1});
-}
-
-void test_macos_rules::failures_of_the_result_database()
-{
-    source->write("anna", 9, QVariantList{whole_rule()});
-    const auto run = source->new_run();
-    run->prepare();
-    run_statement(*run, text("create trigger refuse before insert on rules begin select raise(abort, 'no row'); end"));
-    run->extract();
-    const QStringList lines = run->log_of(operation);
-    QCOMPARE(lines.size(), 5);
-    QCOMPARE(lines.mid(1, 2),
-             (QStringList{text("insert query --------FAILED------") + run->database_path(), text("Error :- no row")}));
-    QVERIFY(lines.at(3).startsWith(QLatin1String("INSERT into rules(")));
-    QCOMPARE(run->record_signals.last(), 0);
-
-    const auto closed = source->new_run();
-    closed->prepare();
-    close_result_database(*closed);
-    closed->extract();
-    QCOMPARE(closed->log_of(operation),
-             (QStringList{text("starts"), text("destination_db open --------FAILED------") + closed->database_path(),
-                          text("Error :- unable to open database file")}));
 }
 
 void test_macos_rules::cancelled_from_another_thread()
