@@ -22,6 +22,8 @@
 #include <optional>
 #include <vector>
 
+class joined_text;
+
 /// Rows of a result table by their ids, both ends included; none when the last is before the first.
 struct row_range
 {
@@ -137,6 +139,9 @@ private:
     // --- Configuration files: mail_macos_property_readers.cpp --------------------------------------------------------
     /// How the rows of a configuration file show it.
     artifact_source_file shown_source_of(const QString &file, const QString &user) const;
+    /// The sources of a row that a further file completes: those so far, and the file. A list can name one row any
+    /// number of times: what is longer than 16384 characters grows no more, which is logged.
+    QString sources_with(const QString &stored_sources, const QString &file, const operation_log &log) const;
     /// The columns of the source that all rows of a configuration file end with.
     void append_source_columns(row_values &row, const artifact_source_file &shown_source) const;
 
@@ -181,7 +186,7 @@ private:
     /// Out: none for what is no account. Its addresses are added to the text, ";" behind each list.
     std::optional<row_values> row_of_receiving_account(const property_list_value &account, const QString &user,
                                                        const artifact_source_file &shown_list,
-                                                       QString &all_addresses) const;
+                                                       QByteArray &all_addresses) const;
     row_values row_of_delivery_account(const property_list_value &account, const QString &user,
                                        const artifact_source_file &shown_list) const;
     /// Out: null for a path that leads out of the source.
@@ -219,7 +224,8 @@ private:
     /// Those read until the extraction is cancelled.
     void read_smart_mailbox_criteria(const property_list_value &stored, const QString &user,
                                      smart_mailbox_criteria &criteria) const;
-    QString text_of_nested_criteria(const property_list_value &nested_criteria, const QString &user) const;
+    void append_nested_criteria(const property_list_value &nested_criteria, const QString &user,
+                                joined_text &conditions) const;
     /// Out: the text of the date criteria under a key, of which the named ones are told by the name, the others are
     /// the two ends of a range. Empty for what is no list, for a list with entries of another kind, which is logged,
     /// and when the extraction is cancelled.

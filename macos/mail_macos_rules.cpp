@@ -1,10 +1,13 @@
 // Table rules: one row a rule of SyncedRules.plist in the folder MailData of a store, its criteria in the words of the
 // mail application's window.
+#include "core/joined_text.h"
 #include "macos/listed_rows.h"
 #include "macos/mail_macos.h"
 #include "macos/row_text.h"
 
 namespace {
+
+constexpr operation_log rules_log{"void mail_macos::xcode_extract_syncedrule(QString, QString, QString, QString)"};
 
 constexpr failure_text destination_failure{"destination_db open --------FAILED------", "Error :- "};
 constexpr failure_text list_failure{"m_plist blank -------FAILED-------"};
@@ -83,16 +86,16 @@ QString text_of_criterion(const property_list_value &criterion)
 
 QString conditions_of(const property_list_value &criteria, const std::atomic<bool> &cancel_flag)
 {
-    QString conditions = criteria.is_array() ? QStringLiteral("") : QString();
+    joined_text conditions(rules_log);
     for (const property_list_value &criterion : criteria.elements()) {
-        if (cancel_flag) {
+        if (cancel_flag || conditions.is_full()) {
             break;
         }
         if (criterion.is_dictionary()) {
-            conditions += text_of_criterion(criterion);
+            conditions.append(text_of_criterion(criterion), QString());
         }
     }
-    return without_ending(conditions, ";;");
+    return criteria.is_array() ? without_ending(QStringLiteral("") + conditions.text(), ";;") : QString();
 }
 
 // --- Rules -----------------------------------------------------------------------------------------------------------
@@ -194,13 +197,7 @@ void mail_macos::xcode_extract_syncedrule(const QString &file, const QString &us
                                           const QString &)
 {
     static constexpr listed_rows rules{
-        operation_log{"void mail_macos::xcode_extract_syncedrule(QString, QString, QString, QString)"},
-        destination_failure,
-        list_failure,
-        "end with failure",
-        entries_of_array,
-        insert_rule,
-        insert_failure,
+        rules_log, destination_failure, list_failure, "end with failure", entries_of_array, insert_rule, insert_failure,
     };
     extract_listed_rows(rules, file, user, destination_db, [&](const QString &, const property_list_value &rule) {
         return values_of_rule(rule, cancel_extraction_bool, user);

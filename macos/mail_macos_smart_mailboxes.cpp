@@ -1,11 +1,13 @@
 // Table smart_mailboxes: one row a smart mailbox of SyncedSmartMailboxes.plist, with its criteria as the mail
 // application's window words them.
+#include "core/joined_text.h"
 #include "core/plugin_static_function.h"
 #include "macos/listed_rows.h"
 #include "macos/mail_macos.h"
 #include "macos/row_text.h"
 
 #include <QDateTime>
+#include <QLocale>
 
 namespace {
 
@@ -178,9 +180,10 @@ QString convert_epoch_to_custom(const QString &text)
     if (seconds == 0) {
         return QString();
     }
+    const QLocale plain = QLocale::c(); // the machine's own may have digits of its own
     return seconds > 0
-               ? QDateTime::fromSecsSinceEpoch(seconds).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"))
-               : QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).toString(QStringLiteral("yyyy/MM/dd HH:mm:ss"));
+               ? plain.toString(QDateTime::fromSecsSinceEpoch(seconds), QStringLiteral("yyyy-MM-dd hh:mm:ss"))
+               : plain.toString(QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC), QStringLiteral("yyyy/MM/dd HH:mm:ss"));
 }
 
 // Out: the word shown for a whole value; null for one that the table does not hold.
@@ -298,7 +301,7 @@ struct mail_macos::smart_mailbox_criteria
 {
     QString includes_trash = QString::fromLatin1(yes);
     QString includes_sent = QString::fromLatin1(yes);
-    QString conditions;
+    joined_text conditions{mailboxes_log};
 };
 
 void mail_macos::xcode_extract_smartbox(const QString &file, const QString &user, const QString &destination_db,
@@ -332,7 +335,7 @@ std::optional<row_values> mail_macos::values_of_smart_mailbox(const property_lis
         {"include_messages_from_trash", criteria.includes_trash},
         {"include_messages_from_sent", criteria.includes_sent},
         {"met_condition", must_satisfy_all == QLatin1String(yes) ? QStringLiteral("all") : QStringLiteral("any")},
-        {"conditions", criteria.conditions},
+        {"conditions", without_ending(QStringLiteral("") + criteria.conditions.text(), ";;")},
     };
 }
 
@@ -340,7 +343,7 @@ void mail_macos::read_smart_mailbox_criteria(const property_list_value &stored, 
                                              smart_mailbox_criteria &criteria) const
 {
     for (const property_list_value &top_level : stored.elements()) {
-        if (cancel_extraction_bool) {
+        if (cancel_extraction_bool || criteria.conditions.is_full()) {
             return;
         }
         if (!is_kind_or_logged(top_level.is_dictionary(), mailboxes_log, "dictionary blank")) {
@@ -354,29 +357,28 @@ void mail_macos::read_smart_mailbox_criteria(const property_list_value &stored, 
         } else if (header == QLatin1String("Compound")) {
             const property_list_value nested = top_level.object_for_key(QStringLiteral("Criteria"));
             if (is_kind_or_logged(nested.is_array(), mailboxes_log, "array2 blank")) {
-                criteria.conditions += text_of_nested_criteria(nested, user);
+                append_nested_criteria(nested, user, criteria.conditions);
             }
         }
     }
-    criteria.conditions = without_ending(criteria.conditions, ";;");
 }
 
-QString mail_macos::text_of_nested_criteria(const property_list_value &nested_criteria, const QString &user) const
+void mail_macos::append_nested_criteria(const property_list_value &nested_criteria, const QString &user,
+                                        joined_text &conditions) const
 {
-    QString text;
     for (const property_list_value &nested : nested_criteria.elements()) {
-        if (cancel_extraction_bool) {
-            break;
+        if (cancel_extraction_bool || conditions.is_full()) {
+            return;
         }
         if (!is_kind_or_logged(nested.is_dictionary(), mailboxes_log, "dictionary2 blank")) {
             continue;
         }
         const criterion stored(nested);
-        text += stored.header == QLatin1String("Compound")
-                    ? get_dates_from_nsarray(QStringLiteral("Criteria"), nested, stored_text("Name", nested))
-                    : text_of_criterion(stored, user);
+        conditions.append(stored.header == QLatin1String("Compound")
+                              ? get_dates_from_nsarray(QStringLiteral("Criteria"), nested, stored_text("Name", nested))
+                              : text_of_criterion(stored, user),
+                          QString());
     }
-    return text;
 }
 
 QString mail_macos::get_dates_from_nsarray(const QString &key, const property_list_value &dictionary,

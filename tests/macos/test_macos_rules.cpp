@@ -68,6 +68,7 @@ private Q_SLOTS:
     void criteria();
     void rows();
     void home_folder();
+    void a_rule_too_large_for_a_row();
     void cancelled_from_another_thread();
 
 private:
@@ -134,6 +135,25 @@ void test_macos_rules::home_folder()
     QCOMPARE(source->column(*run, "source_file"), QStringList{text("/Library/Mail/V6/MailData/SyncedRules.plist")});
     QCOMPARE(source->column(*run, "artifacts_relation_source_file"),
              QStringList{text("/Users/anna/Library/Mail/V6/MailData/SyncedRules.plist")});
+}
+
+void test_macos_rules::a_rule_too_large_for_a_row()
+{
+    const QString longer_when_shown = text("Body").repeated(250000); // "Message Content" for each
+    QVariantList criteria;
+    for (int i = 0; i < 6; ++i) {
+        criteria.append(property_list_dictionary{{"Header", longer_when_shown}});
+    }
+    source->write("anna", 9, QVariantList{rule_of(criteria), whole_rule()});
+
+    const auto run = source->new_run();
+    run->run();
+
+    const QStringList conditions = source->column(*run, "conditions");
+    QCOMPARE(conditions.size(), 2);
+    QCOMPARE(conditions.first().size(), 4 * (8 + 250000 * 15 + 2) - 2);
+    QVERIFY(run->log_of(operation).contains(
+        text("list longer than 16 million characters -----FAILED-----, the rest is left out")));
 }
 
 void test_macos_rules::cancelled_from_another_thread()
