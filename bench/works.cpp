@@ -1,9 +1,11 @@
 #include "bench/works.h"
 
+#include "bench/ios_uid_floor.h"
 #include "bench/ios_uniform_floor.h"
 #include "bench/macos_configuration_floor.h"
 #include "bench/macos_floor.h"
 #include "evidence/macos_configuration.h"
+#include "evidence/sample_ios_backup.h"
 #include "evidence/sample_ios_file_tree.h"
 #include "evidence/sample_macos_mail_tree.h"
 
@@ -21,6 +23,15 @@ void make_ios_file_tree(const evidence_request &request)
     options.storage = request.storage;
     options.emlx_text_characters = 60;
     evidence::write_sample_ios_file_tree(request.root, options);
+}
+
+/// 20,000 recents come with 200,000 short messages and 50,000 persons.
+void make_ios_backup(const evidence_request &request)
+{
+    evidence::sample_ios_backup_options options;
+    options.recent_count = request.size;
+    options.backup.storage = request.storage;
+    evidence::write_sample_ios_backup(request.root, options);
 }
 
 void make_macos_store(const evidence_request &request)
@@ -49,7 +60,7 @@ void make_macos_configuration(const evidence_request &request)
     tree.finish();
 }
 
-constexpr std::array<work, 4> works = {{
+constexpr std::array<work, 5> works = {{
     {"ios-uniform",
      "the messages of an iOS file system",
      "messages",
@@ -63,6 +74,20 @@ constexpr std::array<work, 4> works = {{
      true,
      ios_uniform_columns,
      "CAST(row_id AS INTEGER)"},
+    {"ios-uid",
+     "the recents of an iOS backup, with ten times as many short messages and 2.5 times as many persons",
+     "recents",
+     {2000, 20000},
+     make_ios_backup,
+     "iOS_UID",
+     "contacts,recents",
+     nullptr,
+     run_ios_uid_floor,
+     "recents",
+     true,
+     ios_recents_columns,
+     "INT",
+     &ios_uid_tables},
     {"macos-messages",
      "the messages of a macOS mail store with their files",
      "messages",

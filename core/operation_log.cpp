@@ -6,7 +6,9 @@ void operation_log::failure(const failure_text &texts, const QString &subject, c
     if (!plugin_static_function::is_debug_on()) {
         return;
     }
-    write(texts.headline, texts.names_subject ? subject : QString());
+    if (texts.headline) {
+        write(texts.headline, texts.names_subject ? subject : QString());
+    }
     if (texts.error_label) {
         write(texts.error_label, error_text);
     }

@@ -10,7 +10,7 @@
 /// of the log look for: never composed, never "corrected".
 struct failure_text
 {
-    const char *headline;
+    const char *headline;              ///< none: no such line
     const char *error_label = nullptr; ///< in front of the error text; none: no such line
     const char *query_label = nullptr; ///< in front of the statement; none: no such line
     bool names_subject = true;         ///< whether the name of what failed follows the headline at once

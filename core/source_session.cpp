@@ -45,6 +45,12 @@ source_query::source_query(result_session &rows_so_far, const operation_log &ope
 {
 }
 
+source_query::source_query(source_session &source, const operation_log &operation, const char *statement,
+                           const failure_text &failure_texts, const QString &subject)
+    : source_query(source.database(), subject, operation, {statement}, failure_texts)
+{
+}
+
 bool source_query::prepare(variant &candidate)
 {
     if (!candidate.statement.is_prepared() && candidate.prepare_error.isNull() &&
@@ -114,6 +120,11 @@ QString source_query::text(const char *column)
 QString source_query::text_at(int position) const
 {
     return state == progress::on_row && position >= 0 ? running->statement.text(position) : QString();
+}
+
+QByteArray source_query::bytes_at(int position) const
+{
+    return state == progress::on_row && position >= 0 ? running->statement.bytes(position) : QByteArray();
 }
 
 int source_query::index_of(const char *column)
