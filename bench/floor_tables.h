@@ -110,4 +110,29 @@ constexpr const char *create_smart_mailboxes =
     "os_scheme_display VARCHAR(1024),source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
     "artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
 
+constexpr const char *create_contacts =
+    "CREATE TABLE IF NOT EXISTS 'contacts'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),domain_user VARCHAR(1024),"
+    "first_name VARCHAR(1024),last_name VARCHAR(1024),middle_name VARCHAR(1024),nickname VARCHAR(1024),"
+    "display_name VARCHAR(1024),organization VARCHAR(1024),image_URI VARCHAR(1024),"
+    "jobtitle VARCHAR(1024),creation_date INTEGER,modification_date INTEGER,prefix VARCHAR(1024),"
+    "suffix VARCHAR(1024),note VARCHAR(1024),birthday VARCHAR(1024),alternate_birthday VARCHAR(1024),"
+    "first_phonetic VARCHAR(1024),middle_phonetic VARCHAR(1024),last_phonetic VARCHAR(1024),"
+    "email VARCHAR(1024),phone_no VARCHAR(1024),address VARCHAR(1024),work_phone VARCHAR(1024),"
+    "work_info VARCHAR(1024),kind VARCHAR(1024),recent_id VARCHAR(1024),trawl_tag_value VARCHAR(1024),"
+    "notes_icon VARCHAR(1024),tags_icon VARCHAR(1024),os_scheme_display VARCHAR(1024),"
+    "source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
+    "artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
+constexpr const char *create_recents =
+    "CREATE TABLE IF NOT EXISTS 'recents'("
+    "bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),domain_user VARCHAR(1024),"
+    "text VARCHAR(1024),subject VARCHAR(1024),last_mailed_timestamp INTEGER,sender_address VARCHAR(1024),"
+    "receiver_details VARCHAR(1024),event_timestamp INTEGER,mailed_timestamp VARCHAR(1024),"
+    "bundle_id VARCHAR(1024),original_source VARCHAR(1024),receiver_count VARCHAR(1024),"
+    "last_receiver_display_name VARCHAR(1024),record_hash VARCHAR(1024),trawl_tag_value VARCHAR(1024),"
+    "notes_icon VARCHAR(1024),tags_icon VARCHAR(1024),os_scheme_display VARCHAR(1024),"
+    "source_count_name VARCHAR(1024),source_file VARCHAR(1024),"
+    "artifacts_relation_source_file VARCHAR(1024),notes VARCHAR(1024))";
+
 } // namespace bench

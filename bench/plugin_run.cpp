@@ -2,6 +2,7 @@
 
 #include "core/mail.h"
 #include "evidence/files.h"
+#include "evidence/ios_backup.h"
 
 #include <QApplication>
 #include <QLibrary>
@@ -23,6 +24,20 @@ std::unique_ptr<mail> create_plugin()
     }
     return std::unique_ptr<mail>(create());
 }
+
+/// The backups that are measured have the newer layout and hold what they are asked for.
+class sample_backup : public ios_uid_backup_parser
+{
+public:
+    explicit sample_backup(QString root) : root(std::move(root)) {}
+    QString get_backup_file_path(QString domain_path) override
+    {
+        return root + evidence::ios_backup_place(domain_path, evidence::ios_backup_layout::manifest_database);
+    }
+
+private:
+    const QString root;
+};
 
 void describe_source(mail &plugin, const work &work, const QString &root)
 {
@@ -59,8 +74,10 @@ void run_plugin(const work &work, const QString &root, const QString &result_dir
     char name[] = "mail-bench";
     char *arguments[] = {name, nullptr};
     const QApplication application(argument_count, arguments); // the plug-in object is a widget
+    sample_backup backup(root);                                // asked by works on backups only
     const std::unique_ptr<mail> plugin = create_plugin();
     describe_source(*plugin, work, root);
+    plugin->pub_set_ios_uid_backup_pointer(&backup);
     watch = stopwatch();
     plugin->pub_set_result_directory(result_directory);
     plugin->pub_create_db_tables();

@@ -63,7 +63,8 @@ QString first_difference(const work &work, const QString &floor_database, const 
     QString difference = first_difference({work.table, work.columns, work.key}, floor.get(), plugin.get());
     if (work.further_tables != nullptr) {
         for (const compared_table &table : *work.further_tables) {
-            difference = difference.isEmpty() ? first_difference(table, floor.get(), plugin.get()) : difference;
+            const bool is_due = difference.isEmpty() && table.table != nullptr;
+            difference = is_due ? first_difference(table, floor.get(), plugin.get()) : difference;
         }
     }
     return difference;

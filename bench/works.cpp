@@ -1,10 +1,12 @@
 #include "bench/works.h"
 
+#include "bench/ios_uid_floor.h"
 #include "bench/ios_uniform_floor.h"
 #include "bench/macos_configuration_floor.h"
 #include "bench/macos_floor.h"
 #include "bench/winos_floor.h"
 #include "evidence/macos_configuration.h"
+#include "evidence/sample_ios_backup.h"
 #include "evidence/sample_ios_file_tree.h"
 #include "evidence/sample_macos_mail_tree.h"
 #include "evidence/sample_windows_mail_store.h"
@@ -24,6 +26,15 @@ void make_ios_file_tree(const evidence_request &request)
     options.storage = request.storage;
     options.emlx_text_characters = 60;
     evidence::write_sample_ios_file_tree(request.root, options);
+}
+
+/// 20,000 recents come with 200,000 short messages and 50,000 persons.
+void make_ios_backup(const evidence_request &request)
+{
+    evidence::sample_ios_backup_options options;
+    options.recent_count = request.size;
+    options.backup.storage = request.storage;
+    evidence::write_sample_ios_backup(request.root, options);
 }
 
 void make_macos_store(const evidence_request &request)
@@ -77,7 +88,7 @@ void make_windows_bodies(const evidence_request &request)
     evidence::write_sample_html_bodies(profile, request.size, 1);
 }
 
-constexpr std::array<work, 7> works = {{
+constexpr std::array<work, 8> works = {{
     {"ios-uniform",
      "the messages of an iOS file system",
      "messages",
@@ -91,6 +102,20 @@ constexpr std::array<work, 7> works = {{
      true,
      ios_uniform_columns,
      "CAST(row_id AS INTEGER)"},
+    {"ios-uid",
+     "the recents of an iOS backup, with ten times as many short messages and 2.5 times as many persons",
+     "recents",
+     {2000, 20000},
+     make_ios_backup,
+     "iOS_UID",
+     "contacts,recents",
+     nullptr,
+     run_ios_uid_floor,
+     "recents",
+     true,
+     ios_recents_columns,
+     "INT",
+     &ios_uid_tables},
     {"macos-messages",
      "the messages of a macOS mail store with their files",
      "messages",

@@ -47,7 +47,7 @@ struct work
     bool is_row_an_item; ///< as many rows are due as items; else as many as the floor gives
     const char *columns; ///< as of a compared table
     const char *key;
-    const std::array<compared_table, 4> *further_tables = nullptr; ///< of works that fill several
+    const std::array<compared_table, 4> *further_tables = nullptr; ///< of works that fill several; may end early
 };
 
 /// Out: null when there is no such work.

@@ -1,5 +1,5 @@
 /// A list of evidence texts that becomes one column. Its length is bounded: one message can name an address of
-/// megabytes a million times, and the row must not end the run.
+/// megabytes a million times, one rule a criterion, and the row must not end the run.
 #pragma once
 
 #include "core/operation_log.h"
@@ -18,11 +18,14 @@ public:
             joined += text + separator;
         } else if (!is_cut) {
             is_cut = true;
-            log("list of a message longer than 16 million characters -----FAILED-----, the rest is left out");
+            log("list longer than 16 million characters -----FAILED-----, the rest is left out");
         }
     }
 
+    /// Null when nothing was added.
     const QString &text() const { return joined; }
+    /// Whether something was left out: whatever comes now is of no use.
+    bool is_full() const { return is_cut; }
 
 private:
     static constexpr int longest = 16000000;

@@ -18,7 +18,7 @@ bool source_session::open(const failure_text &texts)
 }
 
 source_query::source_query(sqlite_database &connection, const QString &name, const operation_log &operation,
-                           std::initializer_list<const char *> statements, const failure_text &failure_texts)
+                           const std::vector<const char *> &statements, const failure_text &failure_texts)
     : database(connection), database_name(name), log(operation), texts(failure_texts)
 {
     variants.reserve(statements.size());
@@ -29,12 +29,12 @@ source_query::source_query(sqlite_database &connection, const QString &name, con
 
 source_query::source_query(source_session &source, const operation_log &operation, const char *statement,
                            const failure_text &failure_texts)
-    : source_query(source, operation, {statement}, failure_texts)
+    : source_query(source, operation, std::vector<const char *>{statement}, failure_texts)
 {
 }
 
 source_query::source_query(source_session &source, const operation_log &operation,
-                           std::initializer_list<const char *> statements, const failure_text &failure_texts)
+                           const std::vector<const char *> &statements, const failure_text &failure_texts)
     : source_query(source.database(), source.database_name(), operation, statements, failure_texts)
 {
 }
@@ -42,6 +42,12 @@ source_query::source_query(source_session &source, const operation_log &operatio
 source_query::source_query(result_session &rows_so_far, const operation_log &operation, const char *statement,
                            const failure_text &failure_texts)
     : source_query(rows_so_far.database(), rows_so_far.database_name(), operation, {statement}, failure_texts)
+{
+}
+
+source_query::source_query(source_session &source, const operation_log &operation, const char *statement,
+                           const failure_text &failure_texts, const QString &subject)
+    : source_query(source.database(), subject, operation, {statement}, failure_texts)
 {
 }
 
@@ -114,6 +120,11 @@ QString source_query::text(const char *column)
 QString source_query::text_at(int position) const
 {
     return state == progress::on_row && position >= 0 ? running->statement.text(position) : QString();
+}
+
+QByteArray source_query::bytes_at(int position) const
+{
+    return state == progress::on_row && position >= 0 ? running->statement.bytes(position) : QByteArray();
 }
 
 int source_query::index_of(const char *column)

@@ -40,9 +40,12 @@ class source_query
 {
 public:
     source_query(source_session &session, const operation_log &log, const char *statement, const failure_text &texts);
-    source_query(source_session &session, const operation_log &log, std::initializer_list<const char *> statements,
+    source_query(source_session &session, const operation_log &log, const std::vector<const char *> &statements,
                  const failure_text &texts);
     source_query(result_session &session, const operation_log &log, const char *statement, const failure_text &texts);
+    /// In: also what its failures name in place of the working copy; it outlives the query.
+    source_query(source_session &session, const operation_log &log, const char *statement, const failure_text &texts,
+                 const QString &subject);
 
     /// Runs the statement with these values in place of its "?". Out: false when it fails, which is logged, and when
     /// the extraction was cancelled while it ran.
@@ -58,6 +61,8 @@ public:
     QString text(const char *column);
     /// The same by the column's position in the statement, counted from 0.
     QString text_at(int position) const;
+    /// The value as bytes; a NULL has none.
+    QByteArray bytes_at(int position) const;
 
 private:
     struct variant
@@ -76,7 +81,7 @@ private:
     };
 
     source_query(sqlite_database &database, const QString &database_name, const operation_log &log,
-                 std::initializer_list<const char *> statements, const failure_text &texts);
+                 const std::vector<const char *> &statements, const failure_text &texts);
 
     bool prepare(variant &candidate);
     bool start(variant &candidate, std::initializer_list<QString> values);

@@ -121,6 +121,12 @@ QString sqlite_statement::text(int column) const
     return bytes ? QString::fromUtf8(bytes, sqlite3_column_bytes(handle.get(), column)) : QString();
 }
 
+QByteArray sqlite_statement::bytes(int column) const
+{
+    const auto *bytes = static_cast<const char *>(sqlite3_column_blob(handle.get(), column));
+    return QByteArray(bytes, sqlite3_column_bytes(handle.get(), column));
+}
+
 int sqlite_statement::column_index(const char *name) const
 {
     for (int i = 0; i < sqlite3_column_count(handle.get()); ++i) {

@@ -68,6 +68,8 @@ public:
     /// The value of a column of the row in hand as the database prints it, a REAL as "600000000.0"; NULL is a null
     /// text.
     QString text(int column) const;
+    /// The bytes of a value; a number as its text. NULL has none.
+    QByteArray bytes(int column) const;
     /// Out: the index of a column, its name taken in any case; -1 when the statement gives no such column.
     int column_index(const char *name) const;
 

@@ -1,5 +1,6 @@
 /// mail-evidence: writes sample evidence trees.
 #include "evidence/files.h"
+#include "evidence/sample_ios_backup.h"
 #include "evidence/sample_ios_file_tree.h"
 #include "evidence/sample_macos_mail_tree.h"
 #include "evidence/sample_windows_profile.h"
@@ -51,6 +52,44 @@ QString write_ios_file_tree(const tree_request &request)
         .arg(written.last_selected_account);
 }
 
+QString write_ios_backup(const tree_request &request, ios_backup_layout layout, bool is_encrypted)
+{
+    sample_ios_backup_options options;
+    options.recent_count = request.size;
+    options.seed = request.seed;
+    options.backup.layout = layout;
+    options.backup.is_encrypted = is_encrypted;
+    options.backup.storage = request.storage;
+    const sample_ios_backup_summary written = write_sample_ios_backup(request.folder, options);
+    return QStringLiteral("%1: %2 recents, %3 short messages, %4 persons, %5 accounts, 2 lists of %6 VIPs")
+        .arg(request.folder)
+        .arg(written.recents)
+        .arg(written.short_messages)
+        .arg(written.persons)
+        .arg(written.accounts)
+        .arg(written.vips);
+}
+
+QString write_ios_backup(const tree_request &request)
+{
+    return write_ios_backup(request, ios_backup_layout::manifest_database, false);
+}
+
+QString write_older_ios_backup(const tree_request &request)
+{
+    return write_ios_backup(request, ios_backup_layout::manifest_mbdb, false);
+}
+
+QString write_ios_backup_without_manifest(const tree_request &request)
+{
+    return write_ios_backup(request, ios_backup_layout::no_manifest, false);
+}
+
+QString write_encrypted_ios_backup(const tree_request &request)
+{
+    return write_ios_backup(request, ios_backup_layout::manifest_database, true);
+}
+
 QString write_macos_volume(const tree_request &request)
 {
     sample_macos_mail_tree_options options;
@@ -94,10 +133,14 @@ QString write_windows_profile(const tree_request &request)
 }
 
 // clang-format off
-constexpr std::array<tree_kind, 3> kinds = {{
-    {"ios-file-tree",   "the mail data of an iOS file system; N messages",                   write_ios_file_tree},
-    {"macos-volume",    "the mail data of a macOS volume with two users; N messages in all", write_macos_volume},
-    {"windows-profile", "the mail data of a Windows volume with two users; N messages in all", write_windows_profile},
+constexpr std::array<tree_kind, 7> kinds = {{
+    {"ios-file-tree",          "the mail data of an iOS file system; N messages",                    write_ios_file_tree},
+    {"ios-backup",             "the backup of an iOS device; N recents",                             write_ios_backup},
+    {"ios-backup-mbdb",        "the same as older software wrote it, with Manifest.mbdb",            write_older_ios_backup},
+    {"ios-backup-no-manifest", "the same, of which nothing but the files is left",                   write_ios_backup_without_manifest},
+    {"ios-backup-encrypted",   "the same, whose Manifest.plist calls it encrypted",                  write_encrypted_ios_backup},
+    {"macos-volume",           "the mail data of a macOS volume with two users; N messages in all",  write_macos_volume},
+    {"windows-profile",        "the mail data of a Windows volume with two users; N messages in all", write_windows_profile},
 }};
 // clang-format on
 

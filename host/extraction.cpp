@@ -1,9 +1,12 @@
 #include "host/extraction.h"
 
 #include "host/interrupt_watcher.h"
+#include "host/ios_backup.h"
 #include "host/progress_display.h"
 
 #include <QElapsedTimer>
+
+#include <memory>
 
 namespace {
 
@@ -24,9 +27,17 @@ void describe_source(mail &plugin, const run_request &request)
     plugin.pub_set_source_info(request.source_info);
     plugin.pub_set_desktop_info(struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_desktop_info());
     plugin.pub_set_source_count(request.source_number);
-    plugin.pub_set_ios_uid_backup_pointer(nullptr); // this host has no parser of backup manifests
     plugin.pub_set_essential_for_trawl_bench_extraction(request.tabs, QStringList());
     plugin.pub_set_extended_attributes_list(request.attributes);
+}
+
+// Out: null for a source that is no backup.
+std::unique_ptr<ios_backup> open_backup(const run_request &request, const interrupt_watcher &watcher)
+{
+    return is_ios_backup(request)
+               ? std::make_unique<ios_backup>(request.source_info.source_root_path_QString,
+                                              request.places.result_directory, watcher.interrupt_flag())
+               : nullptr;
 }
 
 void prepare_results(mail &plugin, const run_request &request)
@@ -47,6 +58,8 @@ extraction_outcome extract(mail &plugin, const run_request &request)
     const interrupt_watcher watcher(plugin);
     plugin.pub_set_general_info(general_info_of(request));
     describe_source(plugin, request);
+    const std::unique_ptr<ios_backup> backup = open_backup(request, watcher);
+    plugin.pub_set_ios_uid_backup_pointer(backup.get());
     prepare_results(plugin, request);
 
     // By name: the plug-in's own meta-object is hidden inside its library.

@@ -17,6 +17,8 @@ public:
     interrupt_watcher &operator=(const interrupt_watcher &) = delete;
 
     bool was_interrupted() const { return interrupted; }
+    /// The same as a flag, for work of the host's own.
+    const std::atomic<bool> &interrupt_flag() const { return interrupted; }
 
 private:
     void watch();

@@ -1,6 +1,7 @@
 #include "host/run_request.h"
 
 #include "host/command_line.h"
+#include "host/ios_backup.h"
 #include "host/plugin_library.h"
 #include "host/source_recognition.h"
 
@@ -126,6 +127,9 @@ run_request checked_run_request(const QStringList &arguments)
     const QString scheme = given.has("scheme") ? given.value("scheme") : QStringLiteral("auto");
     const recognised_source recognised = recognise_source(request.source, scheme, given.has("home"));
     request.scheme = recognised.scheme;
+    if (is_ios_backup(request)) {
+        refuse_encrypted_backup(recognised.root);
+    }
     request.source_info.source_root_path_QString = recognised.root;
     request.source_info.source_type_internal_QString = recognised.source_type;
     request.source_info.os_scheme_display_QString = QString::fromLatin1(recognised.scheme->display_name);
@@ -136,6 +140,11 @@ run_request checked_run_request(const QStringList &arguments)
     request.places = checked_output_places(given.value("result"), given.value("log"), request.source);
     request.plugin_file = given.has("plugin") ? given.value("plugin") : default_plugin_file();
     return request;
+}
+
+bool is_ios_backup(const run_request &request)
+{
+    return QLatin1String(request.scheme->internal_name) == QLatin1String("iOS_UID");
 }
 
 int reported_tabs(const run_request &request)

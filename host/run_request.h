@@ -25,5 +25,8 @@ struct run_request
 /// In: the arguments behind "run". Throws unusable_input.
 run_request checked_run_request(const QStringList &arguments);
 
+/// Whether the source is a backup, whose files are reached through an ios_uid_backup_parser.
+bool is_ios_backup(const run_request &request);
+
 /// How many of the request's tabs the plug-in reports as finished.
 int reported_tabs(const run_request &request);

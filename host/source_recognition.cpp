@@ -1,6 +1,7 @@
 #include "host/source_recognition.h"
 
 #include "host/command_line.h"
+#include "host/ios_backup.h"
 #include "services/source_files.h"
 
 #include <QFile>
@@ -25,6 +26,8 @@ struct home_mark
     const char *path;
 };
 
+constexpr const char *backup_scheme = "iOS_UID"; // recognised without any mark too, by the names of its files
+
 // clang-format off
 constexpr root_mark root_marks[] = {
     {"iOS_Uniform", "private/var/mobile/Library/Mail",     nullptr},
@@ -32,6 +35,8 @@ constexpr root_mark root_marks[] = {
     {"iOS_UID",     "Manifest.db",                         nullptr},
     {"iOS_UID",     "Manifest.mbdb",                       nullptr},
     {"iOS_UID",     "Manifest.plist",                      "Info.plist"},
+    {"iOS_UID",     "Manifest.plist",                      "Status.plist"},
+    {"iOS_UID",     "Info.plist",                          "Status.plist"},
 };
 
 constexpr home_mark home_marks[] = {
@@ -85,10 +90,12 @@ bool looks_like_volume(const QString &root, const scheme_entry &scheme)
 bool looks_like_root(const QString &root, const scheme_entry &scheme)
 {
     return looks_like_volume(root, scheme) ||
-           std::any_of(std::begin(root_marks), std::end(root_marks), [&](const root_mark &mark) {
-               return belongs_to(mark.scheme, scheme) && exists_below(root, mark.path) &&
-                      exists_below(root, mark.and_also);
-           });
+           std::any_of(std::begin(root_marks), std::end(root_marks),
+                       [&](const root_mark &mark) {
+                           return belongs_to(mark.scheme, scheme) && exists_below(root, mark.path) &&
+                                  exists_below(root, mark.and_also);
+                       }) ||
+           (belongs_to(backup_scheme, scheme) && has_backup_files(root));
 }
 
 // Every home of a scheme has the folder that its marks begin with; "Shared" and the like have not.

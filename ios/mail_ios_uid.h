@@ -4,12 +4,20 @@
 #include "core/extractor_frame.h"
 #include "core/ios_uid_backup_parser.h"
 
+#include <memory>
+#include <optional>
+
+class row_writer;
+class short_message_reader;
+class source_query;
+
 class mail_ios_uid : public extractor_frame
 {
     Q_OBJECT
 
 public:
     explicit mail_ios_uid(QWidget *parent);
+    ~mail_ios_uid() override;
 
     // --- What the plug-in object hands on; plain stores unless said otherwise ----------------------------------------
     void ios_uid_set_plugin_helper_obj(plugin_helper_functions *helper) { plugin_helper_obj = helper; }
@@ -35,10 +43,10 @@ public:
     void ios_uid_set_engine_type(int engine_type) { engine_type_int = engine_type; }
     void ios_uid_cancel_extraction() { cancel_extraction_bool = true; }
     void ios_uid_set_source_count(int source_count) { source_count_int = source_count; }
-    /// The host's object; it stays the host's.
-    void ios_uid_set_ios_backup_pointer(ios_uid_backup_parser *parser) { backup_parser = parser; }
+    /// The host's object; it stays the host's. Used by the search for sources alone; without one the backup has none.
+    void ios_uid_set_ios_backup_pointer(ios_uid_backup_parser *parser) { ios_backup_parser = parser; }
 
-    /// Finds the source files below the source root.
+    /// Asks the host's object for the source files.
     void ios_uid_find_artifacts_source();
     /// Extracts the selected tabs and reports the final record count.
     void ios_uid_extract_artifacts();
@@ -47,6 +55,81 @@ Q_SIGNALS:
     void signal_extracted_records_of_plugin_ios_uid(qint64 records);
     void signal_total_tabs_processed_ios_uid(int count);
 
+private Q_SLOTS:
+    /// The process that converts a property list is over, whatever its exit code.
+    void slot_process_finished(int exit_code);
+
 private:
-    ios_uid_backup_parser *backup_parser = nullptr;
+    // --- Sources and driver: mail_ios_uid.cpp ------------------------------------------------------------------------
+    struct source_file;
+    /// The two paths of a row: in the backup, and as the device knows it.
+    struct row_paths
+    {
+        QString source_file;
+        QString artifacts_relation_source_file;
+    };
+
+    void find_source_file();
+    void extract_plugin_artifacts();
+    void extract_contacts_tab();
+    bool is_file_of_backup(const QString &path) const;
+    row_paths paths_of(const QString &file, const QString &domain_path) const;
+    /// Those of a row that rests on the mail application's list and the account database together.
+    row_paths paths_of_list_and_accounts() const;
+
+    // --- Table contacts: mail_ios_uid_contacts.cpp -------------------------------------------------------------------
+    void extract_mailContact();
+    void extract_mailContact_11();
+
+    // --- Table recents: mail_ios_uid_recents.cpp ---------------------------------------------------------------------
+    struct recent_metadata;
+    struct metadata_conversion;
+
+    void extract_mail_recents();
+    row_paths paths_of_recents() const;
+    /// Out: false when the metadata cannot be read, which is logged, and when the extraction is cancelled.
+    bool read_metadata(source_query &metadata_rows, const QString &recent_id, metadata_conversion &conversion,
+                       recent_metadata &metadata);
+    /// Out: the XML text of a value; none when it cannot be converted, which is logged, and when the extraction is
+    /// cancelled.
+    std::optional<QByteArray> converted_metadata(const QString &name, const QByteArray &value,
+                                                 metadata_conversion &conversion);
+    static QByteArray xml_from_this_process(const QString &xml_name, const QByteArray &value,
+                                            metadata_conversion &conversion);
+    /// Out: false when the extraction is cancelled meanwhile.
+    bool run_conversion_tool(const QString &tool, const QString &list_path, const QString &xml_path);
+    /// Out: the text of the short message of that guid; empty when there is none, or no sms.db.
+    QString mail_message_sms_text(const QString &guid);
+
+    // --- Table accounts: mail_ios_uid_accounts.cpp -------------------------------------------------------------------
+    void xcode_extract_mail_accounts();
+    /// The working copy of the account database, one a run; empty when the backup has none.
+    QString accounts_working_copy();
+
+    // --- Table vip_contacts: mail_ios_uid_vip.cpp --------------------------------------------------------------------
+    void xcode_extract_mail_vip_senders();
+    void xcode_extract_mail_vip_contacts();
+
+    // --- Table preferences: mail_ios_uid_preferences.cpp -------------------------------------------------------------
+    void xcode_extract_mail_preferences();
+    void insert_preferences_to_database(const QString &key, const QString &value, row_writer &rows);
+
+    // A file is empty when the backup has none; a domain path stands from the search for sources on.
+    ios_uid_backup_parser *ios_backup_parser = nullptr;
+    QString recents_file_QString;
+    QString recents_domain_QString;
+    QString mobilemail_plist_file_QString;
+    QString mobilemail_plist_domain_QString;
+    QString accounts_file_QString;
+    QString accounts_domain_QString;
+    QString sms_file_QString;
+    QString sms_domain_QString;
+    QString searchd_plist_file_QString;
+    QString searchd_plist_domain_QString;
+    QString address_book_file_QString;
+    QString address_book_domain_QString;
+    bool process_finished_bool = false;
+
+    QString accounts_copy_QString;
+    std::unique_ptr<short_message_reader> short_messages; // open as long as the recents are read
 };

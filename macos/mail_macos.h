@@ -16,9 +16,13 @@
 
 #include <QHash>
 
+#include <functional>
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <vector>
+
+class joined_text;
 
 /// Rows of a result table by their ids, both ends included; none when the last is before the first.
 struct row_range
@@ -135,6 +139,9 @@ private:
     // --- Configuration files: mail_macos_property_readers.cpp --------------------------------------------------------
     /// How the rows of a configuration file show it.
     artifact_source_file shown_source_of(const QString &file, const QString &user) const;
+    /// The sources of a row that a further file completes: those so far, and the file. A list can name one row any
+    /// number of times: what is longer than 16384 characters grows no more, which is logged.
+    QString sources_with(const QString &stored_sources, const QString &file, const operation_log &log) const;
     /// The columns of the source that all rows of a configuration file end with.
     void append_source_columns(row_values &row, const artifact_source_file &shown_source) const;
 
@@ -179,11 +186,21 @@ private:
     /// Out: none for what is no account. Its addresses are added to the text, ";" behind each list.
     std::optional<row_values> row_of_receiving_account(const property_list_value &account, const QString &user,
                                                        const artifact_source_file &shown_list,
-                                                       QString &all_addresses) const;
+                                                       QByteArray &all_addresses) const;
     row_values row_of_delivery_account(const property_list_value &account, const QString &user,
                                        const artifact_source_file &shown_list) const;
     /// Out: null for a path that leads out of the source.
     QString shown_account_path_of(const QString &stored_path, const QString &user) const;
+
+    // --- Lists whose entries are rows: mail_macos_listed_rows.cpp ----------------------------------------------------
+    struct listed_rows;
+    /// In: the key of an entry, where its list is a dictionary, and the entry. Out: the values of its own columns, none
+    /// for what gives no row.
+    using values_of_entry =
+        std::function<std::optional<row_values>(const QString &key, const property_list_value &entry)>;
+    /// One row an entry of the list; what is no such list is logged.
+    void extract_listed_rows(const listed_rows &list, const QString &file, const QString &user,
+                             const QString &destination_db, const values_of_entry &values_of);
 
     // --- Table vip_contacts: mail_macos_vip.cpp ----------------------------------------------------------------------
     /// One row a VIP of V3 to V6.
@@ -192,10 +209,6 @@ private:
     /// The same of V7 to V9.
     void xcode_extract_vip_list_15(const QString &file, const QString &user, const QString &destination_db,
                                    const QString &source_root);
-    struct vip_layout;
-    /// The steps of both.
-    void extract_vips(const vip_layout &layout, const QString &file, const QString &user,
-                      const QString &destination_db);
 
     // --- Table rules: mail_macos_rules.cpp ---------------------------------------------------------------------------
     /// One row a rule of SyncedRules.plist.
@@ -207,12 +220,12 @@ private:
                                 const QString &source_root);
     struct smart_mailbox_criteria;
     /// Out: none for what is no smart mailbox, which is logged.
-    std::optional<row_values> row_of_smart_mailbox(const property_list_value &mailbox, const QString &user,
-                                                   const artifact_source_file &shown_list) const;
+    std::optional<row_values> values_of_smart_mailbox(const property_list_value &mailbox, const QString &user) const;
     /// Those read until the extraction is cancelled.
     void read_smart_mailbox_criteria(const property_list_value &stored, const QString &user,
                                      smart_mailbox_criteria &criteria) const;
-    QString text_of_nested_criteria(const property_list_value &nested_criteria, const QString &user) const;
+    void append_nested_criteria(const property_list_value &nested_criteria, const QString &user,
+                                joined_text &conditions) const;
     /// Out: the text of the date criteria under a key, of which the named ones are told by the name, the others are
     /// the two ends of a range. Empty for what is no list, for a list with entries of another kind, which is logged,
     /// and when the extraction is cancelled.
@@ -310,6 +323,15 @@ private:
     void extract_messages();
     row_values row_of_message(source_query &message, earlier_index_reader &index_reader, emlx_catalog &mail_files,
                               const message_index &index) const;
+    struct message_layout;
+    /// Makes the row of a message; it keeps the look-ups of its index open, and what it was made with outlives it.
+    using row_maker = std::function<row_values(source_query &message)>;
+    row_maker row_maker_11_12(const message_index &index, source_session &index_session, result_session &destination,
+                              emlx_catalog &mail_files) const;
+    row_maker row_maker_of_v2(const message_index &index, source_session &index_session, result_session &destination,
+                              emlx_catalog &mail_files) const;
+    /// The steps of both.
+    void extract_messages_of(const message_layout &layout, const QStringList &indexes);
     /// What the rows of an index have in common.
     message_index message_index_of(const QString &index) const;
     row_count counted_message_rows() const { return count_message_rows_bool ? row_count::inserted : row_count::none; }

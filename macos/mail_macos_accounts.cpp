@@ -1,5 +1,6 @@
 // Table accounts: the accounts of V3 to V9 from the system's account database, found by the names of the folders in the
 // mail folder, and those of V2 from Accounts.plist.
+#include "core/joined_text.h"
 #include "core/result_session.h"
 #include "core/row_writer.h"
 #include "core/source_session.h"
@@ -8,10 +9,13 @@
 #include "services/plugin_helper_functions.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
 // --- The account database --------------------------------------------------------------------------------------------
+
+constexpr operation_log database_log{"void mail_macos::extract_accounts_for_11_12(QString, QString, QString, int)"};
 
 constexpr const char *imap_prefix = "IMAP-";
 constexpr const char *pop_prefix = "POP-";
@@ -84,18 +88,20 @@ QString signature_path_of(const QString &source_file)
 }
 
 // The signatures of an account as its row shows them.
-QString signatures_of(source_query &signature_rows)
+QString signatures_of(source_query &signature_rows, const std::atomic<bool> &cancel_flag)
 {
-    QString text;
-    while (signature_rows.next()) {
+    joined_text signatures(database_log);
+    while (!cancel_flag && !signatures.is_full() && signature_rows.next()) {
+        QString text;
         append_part(text, "Signature: ", signature_rows.text("signature"));
         const QString path = signature_path_of(signature_rows.text("source_file"));
         if (!path.trimmed().isEmpty()) {
             append_part(text, "Signature File Path: ", path);
             text += QLatin1Char(';');
         }
+        signatures.append(text, QString());
     }
-    return without_ending(text, ";;");
+    return without_ending(signatures.text(), ";;");
 }
 
 // --- Accounts.plist --------------------------------------------------------------------------------------------------
@@ -119,13 +125,8 @@ constexpr const char *insert_delivery_account =
     "status,source_file,artifacts_relation_source_file,source_count_name,os_scheme_display) "
     "values(?,?,?,?,?,?,?,?,?,?,?,?,?)";
 
-QString text_of(const property_list_value &dictionary, const char *key)
-{
-    return plugin_static_function::get_nsstring_values(QLatin1String(key), dictionary);
-}
-
 // The addresses as they stand, with ";" behind each but the last element of the list.
-QString addresses_of(const property_list_value &address_list)
+QString listed_addresses_of(const property_list_value &address_list)
 {
     QString addresses;
     const std::vector<property_list_value> elements = address_list.elements();
@@ -136,6 +137,13 @@ QString addresses_of(const property_list_value &address_list)
         }
     }
     return addresses;
+}
+
+// In a time that grows with the texts' lengths, not with their product.
+bool stands_in(const QByteArray &text, const QByteArray &part)
+{
+    return memmem(text.constData(), static_cast<std::size_t>(text.size()), part.constData(),
+                  static_cast<std::size_t>(part.size())) != nullptr;
 }
 
 } // namespace
@@ -201,7 +209,7 @@ mail_macos::sub_compare_identifier_with_db(const QStringList &names, const QStri
 void mail_macos::extract_accounts_for_11_12(const QString &mail_folder, const QString &account_database,
                                             const QString &user, int)
 {
-    static constexpr operation_log log{"void mail_macos::extract_accounts_for_11_12(QString, QString, QString, int)"};
+    const operation_log &log = database_log;
     log("Starts");
     const QStringList names = sub_get_identifier_bundle_name(sub_get_identifier_bundle_path(mail_folder));
     const QString database_copy = plugin_helper_obj->get_adhoc_path_for_database(account_database);
@@ -255,7 +263,7 @@ std::optional<row_values> mail_macos::row_of_account(source_query &account, sour
         if (!signature_rows.execute({identifier})) {
             return std::nullopt;
         }
-        signatures = signatures_of(signature_rows);
+        signatures = signatures_of(signature_rows, cancel_extraction_bool);
     }
     row_values row{
         {"bookmark", QStringLiteral("0")},
@@ -290,7 +298,7 @@ void mail_macos::extract_xcode_accounts(const QString &, const QString &file, co
         return;
     }
     const artifact_source_file shown_list = shown_source_of(file.trimmed(), user);
-    QString all_addresses; // of the receiving accounts
+    QByteArray all_addresses; // of the receiving accounts
 
     row_writer receiving_rows{*this, destination, log, insert_receiving_account, insert_receiving_failure};
     for (const property_list_value &account : list.root().object_for_key(QStringLiteral("MailAccounts")).elements()) {
@@ -308,8 +316,9 @@ void mail_macos::extract_xcode_accounts(const QString &, const QString &file, co
         if (cancel_extraction_bool) {
             return;
         }
-        const QString name = text_of(account, "Username");
-        if (!name.isEmpty() && !all_addresses.contains(name)) { // else it belongs to a receiving account that is there
+        const QString name = stored_text("Username", account);
+        if (!name.isEmpty() &&
+            !stands_in(all_addresses, name.toUtf8())) { // else it belongs to a receiving account that is there
             delivery_rows.insert(row_of_delivery_account(account, user, shown_list));
         }
     }
@@ -319,15 +328,15 @@ void mail_macos::extract_xcode_accounts(const QString &, const QString &file, co
 
 std::optional<row_values> mail_macos::row_of_receiving_account(const property_list_value &account, const QString &user,
                                                                const artifact_source_file &shown_list,
-                                                               QString &all_addresses) const
+                                                               QByteArray &all_addresses) const
 {
     const property_list_value address_list = account.object_for_key(QStringLiteral("EmailAddresses"));
-    const QString addresses = addresses_of(address_list);
-    if (text_of(account, "AccountName").isEmpty() || (address_list.is_array() && addresses.trimmed().isEmpty())) {
+    const QString addresses = listed_addresses_of(address_list);
+    if (stored_text("AccountName", account).isEmpty() || (address_list.is_array() && addresses.trimmed().isEmpty())) {
         return std::nullopt;
     }
     if (address_list.is_array()) {
-        all_addresses += addresses + QLatin1Char(';');
+        all_addresses += addresses.toUtf8() + ';';
     }
     const property_list_value server = account.object_for_key(QStringLiteral("ServerID"));
     const property_list_value last_sync = account.object_for_key(QStringLiteral("DateOfLastSync"));
@@ -335,26 +344,26 @@ std::optional<row_values> mail_macos::row_of_receiving_account(const property_li
     row_values row{
         {"bookmark", QStringLiteral("0")},
         {"system_user", user},
-        {"mailaccountname", text_of(account, "AccountName")},
-        {"accountpath", shown_account_path_of(text_of(account, "AccountPath"), user)},
-        {"accounttype", text_of(account, "AccountType")},
+        {"mailaccountname", stored_text("AccountName", account)},
+        {"accountpath", shown_account_path_of(stored_text("AccountPath", account), user)},
+        {"accounttype", stored_text("AccountType", account)},
         {"dateoflastsync", text_of_instant(last_sync.time_interval_since_1970())},
         {"emailaddress", addresses},
-        {"display_name", text_of(account, "FullUserName")},
-        {"hostname", text_of(account, "Hostname")},
-        {"ispaccountid", text_of(account, "ISPAccountID")},
-        {"portnumber", text_of(account, "PortNumber")},
-        {"smtpidentifier", text_of(account, "SMTPIdentifier")},
-        {"servername", text_of(server, "name")},
-        {"vendor", text_of(server, "vendor")},
-        {"user_name", text_of(account, "Username")},
-        {"uniqueid", text_of(account, "uniqueId")},
-        {"archive_mailbox_name", text_of(account, "ArchiveMailboxName")},
-        {"drafts_mailbox_name", text_of(account, "DraftsMailboxName")},
-        {"notes_mailbox_name", text_of(account, "NotesMailboxName")},
-        {"trash_mailbox_name", text_of(account, "TrashMailboxName")},
-        {"to_dos_mailbox_name", text_of(account, "ToDosMailboxName")},
-        {"sent_mailbox_name", text_of(account, "SentMessagesMailboxName")},
+        {"display_name", stored_text("FullUserName", account)},
+        {"hostname", stored_text("Hostname", account)},
+        {"ispaccountid", stored_text("ISPAccountID", account)},
+        {"portnumber", stored_text("PortNumber", account)},
+        {"smtpidentifier", stored_text("SMTPIdentifier", account)},
+        {"servername", stored_text("name", server)},
+        {"vendor", stored_text("vendor", server)},
+        {"user_name", stored_text("Username", account)},
+        {"uniqueid", stored_text("uniqueId", account)},
+        {"archive_mailbox_name", stored_text("ArchiveMailboxName", account)},
+        {"drafts_mailbox_name", stored_text("DraftsMailboxName", account)},
+        {"notes_mailbox_name", stored_text("NotesMailboxName", account)},
+        {"trash_mailbox_name", stored_text("TrashMailboxName", account)},
+        {"to_dos_mailbox_name", stored_text("ToDosMailboxName", account)},
+        {"sent_mailbox_name", stored_text("SentMessagesMailboxName", account)},
         {"status", is_told_inactive ? QObject::tr("Not Active") : QObject::tr("Active")},
     };
     append_source_columns(row, shown_list);
@@ -381,12 +390,12 @@ row_values mail_macos::row_of_delivery_account(const property_list_value &accoun
     row_values row{
         {"bookmark", QStringLiteral("0")},
         {"system_user", user},
-        {"mailaccountname", text_of(account, "AccountName")},
-        {"accounttype", text_of(account, "AccountType")},
-        {"hostname", text_of(account, "Hostname")},
-        {"portnumber", port.is_number() ? port.string_value() : text_of(account, "PortNumber")},
-        {"user_name", text_of(account, "Username")},
-        {"uniqueid", text_of(account, "uniqueId")},
+        {"mailaccountname", stored_text("AccountName", account)},
+        {"accounttype", stored_text("AccountType", account)},
+        {"hostname", stored_text("Hostname", account)},
+        {"portnumber", port.is_number() ? port.string_value() : stored_text("PortNumber", account)},
+        {"user_name", stored_text("Username", account)},
+        {"uniqueid", stored_text("uniqueId", account)},
         {"status", QObject::tr("Deleted")},
     };
     append_source_columns(row, shown_list);

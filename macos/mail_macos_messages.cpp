@@ -1,5 +1,6 @@
 // Table messages: one row a message of the mail index of V3 to V9, with the facts about its mail file.
 #include "macos/mail_macos.h"
+#include "macos/message_layout.h"
 
 #include "services/plugin_helper_functions.h"
 
@@ -109,40 +110,60 @@ row_values mail_macos::row_of_message_11_12(source_query &message, later_index_r
 
 void mail_macos::extract_messages_11_12()
 {
-    static constexpr operation_log log{"void mail_macos::extract_messages_11_12()"};
-    log("starts");
-    if (current_index_v3_to_v9_QStringList.isEmpty()) {
+    static const message_layout layout{
+        operation_log{"void mail_macos::extract_messages_11_12()"},
+        destination_open_failure,
+        source_open_failure,
+        {select_messages, select_messages_without_in_reply_to, select_messages_without_date_created,
+         select_messages_without_snippet},
+        select_messages_failure,
+        insert_message,
+        insert_message_failure,
+        &mail_macos::row_maker_11_12,
+    };
+    extract_messages_of(layout, current_index_v3_to_v9_QStringList);
+}
+
+mail_macos::row_maker mail_macos::row_maker_11_12(const message_index &index, source_session &index_session,
+                                                  result_session &destination, emlx_catalog &mail_files) const
+{
+    const auto reader = std::make_shared<later_index_reader>(index_session, destination, cancel_extraction_bool);
+    return [this, reader, &index, &mail_files](source_query &message) {
+        return row_of_message_11_12(message, *reader, mail_files, index);
+    };
+}
+
+void mail_macos::extract_messages_of(const message_layout &layout, const QStringList &indexes)
+{
+    layout.log("starts");
+    if (indexes.isEmpty()) {
         return;
     }
-    result_session destination{log, destination_db_path_QString};
-    if (!destination.open(destination_open_failure)) {
+    result_session destination{layout.log, destination_db_path_QString};
+    if (!destination.open(layout.destination_open_failure)) {
         return;
     }
-    row_writer rows{*this, destination, log, insert_message, insert_message_failure, counted_message_rows()};
+    row_writer rows{*this, destination, layout.log, layout.insert, layout.insert_failure, counted_message_rows()};
     emlx_catalog mail_files{destination, plugin_static_function::get_source_count_name()};
-    for (const QString &index_path : qAsConst(current_index_v3_to_v9_QStringList)) {
+    for (const QString &index_path : indexes) {
         if (cancel_extraction_bool) {
             return;
         }
         const message_index index = message_index_of(index_path);
         const QString working_copy = plugin_helper_obj->get_adhoc_path_for_database(index_path);
-        source_session index_session{log, working_copy, cancel_extraction_bool};
-        if (working_copy.isEmpty() || !index_session.open(source_open_failure)) {
+        source_session index_session{layout.log, working_copy, cancel_extraction_bool};
+        if (working_copy.isEmpty() || !index_session.open(layout.source_open_failure)) {
             continue;
         }
-        later_index_reader index_reader{index_session, destination, cancel_extraction_bool};
-        source_query messages{index_session,
-                              log,
-                              {select_messages, select_messages_without_in_reply_to,
-                               select_messages_without_date_created, select_messages_without_snippet},
-                              select_messages_failure};
+        const row_maker row_of = (this->*layout.maker)(index, index_session, destination, mail_files);
+        source_query messages{index_session, layout.log, layout.selects, layout.select_failure};
         messages.execute();
         row_range &rows_of_index = message_rows_of_index[index_path] = row_range();
         while (messages.next()) {
             if (cancel_extraction_bool) {
                 return;
             }
-            if (rows.insert(row_of_message_11_12(messages, index_reader, mail_files, index))) {
+            if (rows.insert(row_of(messages))) {
                 rows_of_index.extend_to(rows.last_row_id());
             }
         }
@@ -151,5 +172,5 @@ void mail_macos::extract_messages_11_12()
         return;
     }
     destination.finish();
-    log("end");
+    layout.log("end");
 }

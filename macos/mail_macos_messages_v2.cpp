@@ -1,7 +1,6 @@
 // Table messages: one row a message of the mail index of V2, with the facts about its mail file.
 #include "macos/mail_macos.h"
-
-#include "services/plugin_helper_functions.h"
+#include "macos/message_layout.h"
 
 namespace {
 
@@ -113,44 +112,24 @@ row_values mail_macos::row_of_message(source_query &message, earlier_index_reade
 
 void mail_macos::extract_messages()
 {
-    static constexpr operation_log log{"void mail_macos::extract_messages()"};
-    log("starts");
-    if (current_index_v2_QStringList.isEmpty()) {
-        return;
-    }
-    result_session destination{log, destination_db_path_QString};
-    if (!destination.open(destination_open_failure)) {
-        return;
-    }
-    row_writer rows{*this, destination, log, insert_message, insert_message_failure, counted_message_rows()};
-    emlx_catalog mail_files{destination, plugin_static_function::get_source_count_name()};
-    for (const QString &index_path : qAsConst(current_index_v2_QStringList)) {
-        if (cancel_extraction_bool) {
-            return;
-        }
-        const message_index index = message_index_of(index_path);
-        const QString working_copy = plugin_helper_obj->get_adhoc_path_for_database(index_path);
-        source_session index_session{log, working_copy, cancel_extraction_bool};
-        if (working_copy.isEmpty() || !index_session.open(source_open_failure)) {
-            continue;
-        }
-        earlier_index_reader index_reader{index_session, cancel_extraction_bool};
-        source_query messages{
-            index_session, log, {select_messages, select_messages_without_in_reply_to}, select_messages_failure};
-        messages.execute();
-        row_range &rows_of_index = message_rows_of_index[index_path] = row_range();
-        while (messages.next()) {
-            if (cancel_extraction_bool) {
-                return;
-            }
-            if (rows.insert(row_of_message(messages, index_reader, mail_files, index))) {
-                rows_of_index.extend_to(rows.last_row_id());
-            }
-        }
-    }
-    if (cancel_extraction_bool) {
-        return;
-    }
-    destination.finish();
-    log("end");
+    static const message_layout layout{
+        operation_log{"void mail_macos::extract_messages()"},
+        destination_open_failure,
+        source_open_failure,
+        {select_messages, select_messages_without_in_reply_to},
+        select_messages_failure,
+        insert_message,
+        insert_message_failure,
+        &mail_macos::row_maker_of_v2,
+    };
+    extract_messages_of(layout, current_index_v2_QStringList);
+}
+
+mail_macos::row_maker mail_macos::row_maker_of_v2(const message_index &index, source_session &index_session,
+                                                  result_session &, emlx_catalog &mail_files) const
+{
+    const auto reader = std::make_shared<earlier_index_reader>(index_session, cancel_extraction_bool);
+    return [this, reader, &index, &mail_files](source_query &message) {
+        return row_of_message(message, *reader, mail_files, index);
+    };
 }

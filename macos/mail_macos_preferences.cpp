@@ -130,9 +130,8 @@ bool mail_macos::mark_selected_signatures(result_session &destination, const pro
             continue;
         }
         const QString source_file = signature_rows.next() ? signature_rows.text("source_file") : QString();
-        const QString sources =
-            behind_source_root(source_file) + QLatin1String(list_separator) + behind_source_root(file);
-        update.execute({QStringLiteral("YES"), sources, uid, source_count_name});
+        update.execute(
+            {QStringLiteral("YES"), sources_with(source_file, file, application_log), uid, source_count_name});
     }
     return true;
 }

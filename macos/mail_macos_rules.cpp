@@ -1,11 +1,13 @@
 // Table rules: one row a rule of SyncedRules.plist in the folder MailData of a store, its criteria in the words of the
 // mail application's window.
-#include "core/result_session.h"
-#include "core/row_writer.h"
+#include "core/joined_text.h"
+#include "macos/listed_rows.h"
 #include "macos/mail_macos.h"
 #include "macos/row_text.h"
 
 namespace {
+
+constexpr operation_log rules_log{"void mail_macos::xcode_extract_syncedrule(QString, QString, QString, QString)"};
 
 constexpr failure_text destination_failure{"destination_db open --------FAILED------", "Error :- "};
 constexpr failure_text list_failure{"m_plist blank -------FAILED-------"};
@@ -84,16 +86,16 @@ QString text_of_criterion(const property_list_value &criterion)
 
 QString conditions_of(const property_list_value &criteria, const std::atomic<bool> &cancel_flag)
 {
-    QString conditions = criteria.is_array() ? QStringLiteral("") : QString();
+    joined_text conditions(rules_log);
     for (const property_list_value &criterion : criteria.elements()) {
-        if (cancel_flag) {
+        if (cancel_flag || conditions.is_full()) {
             break;
         }
         if (criterion.is_dictionary()) {
-            conditions += text_of_criterion(criterion);
+            conditions.append(text_of_criterion(criterion), QString());
         }
     }
-    return without_ending(conditions, ";;");
+    return criteria.is_array() ? without_ending(QStringLiteral("") + conditions.text(), ";;") : QString();
 }
 
 // --- Rules -----------------------------------------------------------------------------------------------------------
@@ -176,13 +178,17 @@ QString value_of(const rule_column &column, const property_list_value &rule, con
     return with_escapes_decoded(stored_text(column.key, rule));
 }
 
-row_values row_of_rule(const property_list_value &rule, const QString &user, const std::atomic<bool> &cancel_flag)
+std::optional<row_values> values_of_rule(const property_list_value &rule, const std::atomic<bool> &cancel_flag,
+                                         const QString &user)
 {
-    row_values row{{"bookmark", QStringLiteral("0")}, {"system_user", user}};
-    for (const rule_column &column : rule_columns) {
-        row.push_back({column.name, value_of(column, rule, user, cancel_flag)});
+    if (!rule.is_dictionary()) {
+        return std::nullopt;
     }
-    return row;
+    row_values values;
+    for (const rule_column &column : rule_columns) {
+        values.push_back({column.name, value_of(column, rule, user, cancel_flag)});
+    }
+    return values;
 }
 
 } // namespace
@@ -190,34 +196,10 @@ row_values row_of_rule(const property_list_value &rule, const QString &user, con
 void mail_macos::xcode_extract_syncedrule(const QString &file, const QString &user, const QString &destination_db,
                                           const QString &)
 {
-    static constexpr operation_log log{"void mail_macos::xcode_extract_syncedrule(QString, QString, QString, QString)"};
-    log("starts");
-    result_session destination{log, destination_db};
-    if (!destination.open(destination_failure)) {
-        return;
-    }
-    const property_list list = property_list::from_file(file);
-    if (!list.root().is_array()) {
-        log.failure(list_failure, file);
-        log("end with failure");
-        return;
-    }
-    row_writer rows{*this, destination, log, insert_rule, insert_failure};
-    const artifact_source_file shown_file = shown_source_of(file, user);
-    for (const property_list_value &rule : list.root().elements()) {
-        if (cancel_extraction_bool) {
-            return;
-        }
-        if (!rule.is_dictionary()) {
-            continue;
-        }
-        row_values row = row_of_rule(rule, user, cancel_extraction_bool);
-        append_source_columns(row, shown_file);
-        if (cancel_extraction_bool) { // it may have been filled in part only
-            return;
-        }
-        rows.insert(row);
-    }
-    destination.finish();
-    log("ends");
+    static constexpr listed_rows rules{
+        rules_log, destination_failure, list_failure, "end with failure", entries_of_array, insert_rule, insert_failure,
+    };
+    extract_listed_rows(rules, file, user, destination_db, [&](const QString &, const property_list_value &rule) {
+        return values_of_rule(rule, cancel_extraction_bool, user);
+    });
 }

@@ -21,6 +21,9 @@ constexpr operation_log signatures_log{
 // A signature holds pictures at most; a file beyond that is none, and would fill the memory.
 constexpr qint64 signature_size_limit = 16 << 20;
 
+// A list can name one signature any number of times.
+constexpr qint64 most_text = 64000000;
+
 constexpr failure_text list_failure{"m_plist blank -------FAILED-------"};
 constexpr failure_text signature_open_failure{"file open--------FAILED------", "Error :- "};
 constexpr failure_text insert_failure{"insert query --------FAILED------", "Error :- ", "Query :- "};
@@ -38,6 +41,14 @@ constexpr failure_text update_failure{"insert_query --------FAILED------", "Erro
 constexpr const char *update_signature =
     "update signature Set related_account_id = ?, related_account_name = ?, source_file = ? where signature_uid = ? "
     "AND source_count_name = ?";
+
+// Behind a reading that failed.
+QString why_unread(const QString &path)
+{
+    const int error = errno;
+    const std::optional<qint64> size = status_of(path).regular_size;
+    return qt_error_string(!size ? EINVAL : *size > signature_size_limit ? EFBIG : error);
+}
 
 } // namespace
 
@@ -64,21 +75,28 @@ void mail_macos::xcode_extract_allsignature(const QString &file, const QString &
                     insert_signature,
                     insert_failure,
                     count_signature_rows_bool ? row_count::inserted : row_count::none};
+    qint64 text_total = 0;
     for (const property_list_value &signature : list.root().elements()) {
         if (cancel_extraction_bool) {
             return;
         }
-        const QString uid =
-            value_of_row_text(get_prefs_nsstring_values(QStringLiteral("SignatureUniqueId"), signature, QString()));
+        const QString uid = stored_text("SignatureUniqueId", signature);
         const std::optional<QString> text = text_of_signature(signature_folder, uid);
+        if (cancel_extraction_bool) {
+            return;
+        }
+        text_total += text ? text->size() : 0;
+        if (text_total > most_text) {
+            log("signatures longer than 64 million characters -----FAILED-----, the rest is left out");
+            return;
+        }
         if (!text) {
             continue;
         }
         rows.insert({
             {"bookmark", QStringLiteral("0")},
             {"system_user", user},
-            {"signature_name",
-             value_of_row_text(get_prefs_nsstring_values(QStringLiteral("SignatureName"), signature, QString()))},
+            {"signature_name", stored_text("SignatureName", signature)},
             {"signature_uid", uid},
             {"signature", *text},
             {"source_file", shown_sources.source_file},
@@ -96,14 +114,10 @@ std::optional<QString> mail_macos::text_of_signature(const QString &folder, cons
 {
     const QString name = uid + QLatin1String(".mailsignature");
     const QString path = folder + name;
-    errno = ENOENT; // stands for what leads out of the folder or the source as well
-    QByteArray content;
-    if (!leads_out(name) && source.contains(path)) {
-        errno = EFBIG; // unless the system says otherwise
-        content = read_source_file(path, signature_size_limit);
-    }
+    const bool is_inside = !leads_out(name) && source.contains(path) && source_boundary(folder).contains(path);
+    const QByteArray content = is_inside ? read_source_file(path, signature_size_limit) : QByteArray();
     if (content.isNull()) {
-        signatures_log.failure(signature_open_failure, path, qt_error_string(errno));
+        signatures_log.failure(signature_open_failure, path, is_inside ? why_unread(path) : qt_error_string(ENOENT));
         return std::nullopt;
     }
     const std::optional<QString> text = plain_text_of_signature(content, cancel_extraction_bool);
@@ -133,15 +147,15 @@ void mail_macos::xcode_extract_updatesignature(const QString &file, const QStrin
     source_query update{destination, log, update_signature, update_failure};
     const QString source_count_name = plugin_static_function::get_source_count_name();
     for (const auto &[account_id, account] : map.root().entries()) {
+        if (cancel_extraction_bool) {
+            return;
+        }
         if (!account.is_dictionary()) {
             continue;
         }
-        const QString url = with_escapes_decoded(
-            value_of_row_text(get_prefs_nsstring_values(QStringLiteral("AccountURL"), account, QString())));
+        const QString url = with_escapes_decoded(stored_text("AccountURL", account));
         const QStringList uids =
-            with_escapes_decoded(
-                value_of_row_text(get_prefs_nsarray_values(QStringLiteral("Signatures"), account, QString())))
-                .split(QLatin1Char(';'));
+            with_escapes_decoded(stored_list("Signatures", account, cancel_extraction_bool)).split(QLatin1Char(';'));
         for (const QString &uid : uids) {
             if (cancel_extraction_bool) {
                 return;
@@ -150,9 +164,7 @@ void mail_macos::xcode_extract_updatesignature(const QString &file, const QStrin
                 continue;
             }
             const QString source_file = signature_rows.next() ? signature_rows.text("source_file") : QString();
-            const QString sources =
-                behind_source_root(source_file) + QLatin1String(list_separator) + behind_source_root(file);
-            update.execute({account_id, url, sources, uid, source_count_name});
+            update.execute({account_id, url, sources_with(source_file, file, log), uid, source_count_name});
         }
     }
     destination.finish();

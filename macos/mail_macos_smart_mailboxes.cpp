@@ -1,12 +1,13 @@
 // Table smart_mailboxes: one row a smart mailbox of SyncedSmartMailboxes.plist, with its criteria as the mail
 // application's window words them.
+#include "core/joined_text.h"
 #include "core/plugin_static_function.h"
-#include "core/result_session.h"
-#include "core/row_writer.h"
+#include "macos/listed_rows.h"
 #include "macos/mail_macos.h"
 #include "macos/row_text.h"
 
 #include <QDateTime>
+#include <QLocale>
 
 namespace {
 
@@ -179,9 +180,10 @@ QString convert_epoch_to_custom(const QString &text)
     if (seconds == 0) {
         return QString();
     }
+    const QLocale plain = QLocale::c(); // the machine's own may have digits of its own
     return seconds > 0
-               ? QDateTime::fromSecsSinceEpoch(seconds).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"))
-               : QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).toString(QStringLiteral("yyyy/MM/dd HH:mm:ss"));
+               ? plain.toString(QDateTime::fromSecsSinceEpoch(seconds), QStringLiteral("yyyy-MM-dd hh:mm:ss"))
+               : plain.toString(QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC), QStringLiteral("yyyy/MM/dd HH:mm:ss"));
 }
 
 // Out: the word shown for a whole value; null for one that the table does not hold.
@@ -299,43 +301,23 @@ struct mail_macos::smart_mailbox_criteria
 {
     QString includes_trash = QString::fromLatin1(yes);
     QString includes_sent = QString::fromLatin1(yes);
-    QString conditions;
+    joined_text conditions{mailboxes_log};
 };
 
 void mail_macos::xcode_extract_smartbox(const QString &file, const QString &user, const QString &destination_db,
                                         const QString &)
 {
-    mailboxes_log("starts");
-    result_session destination{mailboxes_log, destination_db};
-    if (!destination.open(destination_open_failure)) {
-        return;
-    }
-    const property_list list = property_list::from_file(file);
-    if (!list.root().is_array()) {
-        mailboxes_log.failure(list_failure, file);
-        mailboxes_log("end with failure");
-        return;
-    }
-    row_writer rows{*this, destination, mailboxes_log, insert_smart_mailbox, insert_failure};
-    const artifact_source_file shown_list = shown_source_of(file, user);
-    for (const property_list_value &mailbox : list.root().elements()) {
-        if (cancel_extraction_bool) {
-            return;
-        }
-        const std::optional<row_values> row = row_of_smart_mailbox(mailbox, user, shown_list);
-        if (cancel_extraction_bool) { // it may have been filled in part only
-            return;
-        }
-        if (row) {
-            rows.insert(*row);
-        }
-    }
-    destination.finish();
-    mailboxes_log("ends");
+    static constexpr listed_rows mailboxes{
+        mailboxes_log,    destination_open_failure, list_failure,   "end with failure",
+        entries_of_array, insert_smart_mailbox,     insert_failure,
+    };
+    extract_listed_rows(
+        mailboxes, file, user, destination_db,
+        [&](const QString &, const property_list_value &mailbox) { return values_of_smart_mailbox(mailbox, user); });
 }
 
-std::optional<row_values> mail_macos::row_of_smart_mailbox(const property_list_value &mailbox, const QString &user,
-                                                           const artifact_source_file &shown_list) const
+std::optional<row_values> mail_macos::values_of_smart_mailbox(const property_list_value &mailbox,
+                                                              const QString &user) const
 {
     if (!is_kind_or_logged(mailbox.is_dictionary(), mailboxes_log, "dictionary blank")) {
         return std::nullopt;
@@ -347,25 +329,21 @@ std::optional<row_values> mail_macos::row_of_smart_mailbox(const property_list_v
     const QString must_satisfy_all = stored_yes_no("MailboxAllCriteriaMustBeSatisfied", mailbox);
     smart_mailbox_criteria criteria;
     read_smart_mailbox_criteria(stored_criteria, user, criteria);
-    row_values row{
-        {"bookmark", QStringLiteral("0")},
-        {"system_user", user},
+    return row_values{
         {"mailbox_name", stored_text("MailboxName", mailbox)},
         {"mailbox_id", stored_text("MailboxID", mailbox)},
         {"include_messages_from_trash", criteria.includes_trash},
         {"include_messages_from_sent", criteria.includes_sent},
         {"met_condition", must_satisfy_all == QLatin1String(yes) ? QStringLiteral("all") : QStringLiteral("any")},
-        {"conditions", criteria.conditions},
+        {"conditions", without_ending(QStringLiteral("") + criteria.conditions.text(), ";;")},
     };
-    append_source_columns(row, shown_list);
-    return row;
 }
 
 void mail_macos::read_smart_mailbox_criteria(const property_list_value &stored, const QString &user,
                                              smart_mailbox_criteria &criteria) const
 {
     for (const property_list_value &top_level : stored.elements()) {
-        if (cancel_extraction_bool) {
+        if (cancel_extraction_bool || criteria.conditions.is_full()) {
             return;
         }
         if (!is_kind_or_logged(top_level.is_dictionary(), mailboxes_log, "dictionary blank")) {
@@ -379,29 +357,28 @@ void mail_macos::read_smart_mailbox_criteria(const property_list_value &stored, 
         } else if (header == QLatin1String("Compound")) {
             const property_list_value nested = top_level.object_for_key(QStringLiteral("Criteria"));
             if (is_kind_or_logged(nested.is_array(), mailboxes_log, "array2 blank")) {
-                criteria.conditions += text_of_nested_criteria(nested, user);
+                append_nested_criteria(nested, user, criteria.conditions);
             }
         }
     }
-    criteria.conditions = without_ending(criteria.conditions, ";;");
 }
 
-QString mail_macos::text_of_nested_criteria(const property_list_value &nested_criteria, const QString &user) const
+void mail_macos::append_nested_criteria(const property_list_value &nested_criteria, const QString &user,
+                                        joined_text &conditions) const
 {
-    QString text;
     for (const property_list_value &nested : nested_criteria.elements()) {
-        if (cancel_extraction_bool) {
-            break;
+        if (cancel_extraction_bool || conditions.is_full()) {
+            return;
         }
         if (!is_kind_or_logged(nested.is_dictionary(), mailboxes_log, "dictionary2 blank")) {
             continue;
         }
         const criterion stored(nested);
-        text += stored.header == QLatin1String("Compound")
-                    ? get_dates_from_nsarray(QStringLiteral("Criteria"), nested, stored_text("Name", nested))
-                    : text_of_criterion(stored, user);
+        conditions.append(stored.header == QLatin1String("Compound")
+                              ? get_dates_from_nsarray(QStringLiteral("Criteria"), nested, stored_text("Name", nested))
+                              : text_of_criterion(stored, user),
+                          QString());
     }
-    return text;
 }
 
 QString mail_macos::get_dates_from_nsarray(const QString &key, const property_list_value &dictionary,

@@ -4,8 +4,6 @@
 #include "macos/preference_setting.h"
 #include "services/property_list_readers.h"
 
-#include <QRegularExpression>
-
 namespace {
 
 constexpr shown_word marks_inside_values[] = {{":+:", ": "}};
@@ -47,21 +45,28 @@ class favorites_text
 public:
     void append(const QString &entry)
     {
-        static const QRegularExpression escape(QStringLiteral("%[0-9A-Fa-f]{2}"));
         text += entry;
+        decoded_size += text.size() - settled_size;
+        if (decoded_size > most_decoded) {
+            return;
+        }
         const QString decoded = with_escapes_decoded(text.mid(settled_size));
         text.truncate(settled_size);
         text += decoded;
-        // What stands in front of the first escape no later decoding changes. None reaches into the next entry, which
-        // begins with no hexadecimal digit.
-        const int first_escape = text.indexOf(escape, settled_size);
+        // What stands in front of the first "%" no later decoding changes.
+        const int first_escape = text.indexOf(QLatin1Char('%'), settled_size);
         settled_size = first_escape < 0 ? text.size() : first_escape;
     }
+    /// Whether so many escapes came out of escapes that the last entries stand undecoded.
+    bool is_partly_decoded() const { return decoded_size > most_decoded; }
     const QString &so_far() const { return text; }
 
 private:
+    static constexpr qint64 most_decoded = 100000000; // characters: less than a second's work
+
     QString text;
     int settled_size = 0;
+    qint64 decoded_size = 0;
 };
 
 QString entry_of_favorite(const property_list_value &favorite)
@@ -174,6 +179,11 @@ QString mail_macos::get_prefs_favorite_values(const QString &key, const property
         if (favorite.is_dictionary()) {
             text.append(entry_of_favorite(favorite));
         }
+    }
+    if (text.is_partly_decoded()) {
+        static constexpr operation_log log{
+            "QString mail_macos::get_prefs_favorite_values(QString, property_list_value, QString)"};
+        log("escapes within escapes -----FAILED-----, the last favorites are left undecoded");
     }
     return labelled(label, without_ending(text.so_far(), ";;"));
 }

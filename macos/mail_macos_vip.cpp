@@ -1,7 +1,6 @@
 // Table vip_contacts: one row a VIP of VIPs.plist in the folder MailData of a store. V3 to V6 keep the VIPs, with what
 // the mail application knows of their mailboxes, under the key "Senders"; in V7 to V9 they are the whole list.
-#include "core/result_session.h"
-#include "core/row_writer.h"
+#include "macos/listed_rows.h"
 #include "macos/mail_macos.h"
 #include "macos/row_text.h"
 
@@ -18,11 +17,21 @@ constexpr const char *insert_vip =
     "values(?,?,?,?,?,?,?,  ?,?,?,?, ?)";
 constexpr failure_text insert_vip_failure{"insert query --------FAILED------", "Error :- ", "Execute Query :- "};
 
-row_values values_of_vip(const QString &key, const property_list_value &vip, const std::atomic<bool> &cancel_flag)
+std::optional<listed_entries> entries_of_senders(const property_list_value &root)
 {
+    return root.is_dictionary() ? entries_of_dictionary(root.object_for_key("Senders")).value_or(listed_entries())
+                                : std::optional<listed_entries>();
+}
+
+std::optional<row_values> values_of_vip(const QString &key, const property_list_value &vip,
+                                        const std::atomic<bool> &cancel_flag)
+{
+    if (!vip.is_dictionary()) {
+        return std::nullopt;
+    }
     const property_list_value mailbox = vip.object_for_key("UserInfo");
     const QString mailbox_uid = stored_text("MailboxID", mailbox);
-    return {
+    return row_values{
         {"address", stored_list("Addresses", vip, cancel_flag)},
         {"vip_name", stored_text("Name", vip)},
         {"unread_count", plugin_static_function::get_nsnumber_values(QStringLiteral("MailboxUnreadCount"), vip)},
@@ -53,9 +62,12 @@ QString addresses_of(const property_list_value &list, const std::atomic<bool> &c
     return without_outer_separators(addresses);
 }
 
-row_values values_of_vip_15(const QString &, const property_list_value &vip, const std::atomic<bool> &cancel_flag)
+std::optional<row_values> values_of_vip_15(const property_list_value &vip, const std::atomic<bool> &cancel_flag)
 {
-    return {
+    if (!vip.is_dictionary()) {
+        return std::nullopt;
+    }
+    return row_values{
         {"address", addresses_of(vip.object_for_key("EmailAddresses"), cancel_flag)},
         {"vip_name", vip.object_for_key("Name").text()},
     };
@@ -63,75 +75,36 @@ row_values values_of_vip_15(const QString &, const property_list_value &vip, con
 
 } // namespace
 
-struct mail_macos::vip_layout
-{
-    operation_log log;
-    const char *line_behind_failure;
-    const char *key_of_vips; ///< none: the root holds them itself
-    row_values (*values_of)(const QString &key, const property_list_value &vip, const std::atomic<bool> &cancel_flag);
-    const char *insert;
-    failure_text insert_failure;
-};
-
 void mail_macos::xcode_extract_vip_list(const QString &file, const QString &user, const QString &destination_db,
                                         const QString &)
 {
-    static constexpr vip_layout layout{
+    static constexpr listed_rows vips{
         operation_log{"void mail_macos::xcode_extract_vip_list(QString, QString, QString, QString)"},
+        destination_failure,
+        list_failure,
         "End with failure",
-        "Senders",
-        values_of_vip,
+        entries_of_senders,
         insert_vip,
-        insert_vip_failure};
-    extract_vips(layout, file, user, destination_db);
+        insert_vip_failure,
+    };
+    extract_listed_rows(vips, file, user, destination_db, [&](const QString &key, const property_list_value &vip) {
+        return values_of_vip(key, vip, cancel_extraction_bool);
+    });
 }
 
 void mail_macos::xcode_extract_vip_list_15(const QString &file, const QString &user, const QString &destination_db,
                                            const QString &)
 {
-    static constexpr vip_layout layout{
+    static constexpr listed_rows vips{
         operation_log{"void mail_macos::xcode_extract_vip_list_15(QString, QString, QString, QString)"},
+        destination_failure,
+        list_failure,
         "end with failure",
-        nullptr,
-        values_of_vip_15,
+        entries_of_dictionary,
         insert_vip_15,
-        insert_vip_15_failure};
-    extract_vips(layout, file, user, destination_db);
-}
-
-void mail_macos::extract_vips(const vip_layout &layout, const QString &file, const QString &user,
-                              const QString &destination_db)
-{
-    layout.log("starts");
-    result_session destination{layout.log, destination_db};
-    if (!destination.open(destination_failure)) {
-        return;
-    }
-    const property_list list = property_list::from_file(file);
-    if (!list.root().is_dictionary()) {
-        layout.log.failure(list_failure, file);
-        layout.log(layout.line_behind_failure);
-        return;
-    }
-    const property_list_value vips = layout.key_of_vips ? list.root().object_for_key(layout.key_of_vips) : list.root();
-    row_writer rows{*this, destination, layout.log, layout.insert, layout.insert_failure};
-    const artifact_source_file shown_file = shown_source_of(file, user);
-    for (const auto &[key, vip] : vips.entries()) {
-        if (cancel_extraction_bool) {
-            return;
-        }
-        if (!vip.is_dictionary()) {
-            continue;
-        }
-        row_values row{{"bookmark", QStringLiteral("0")}, {"system_user", user}};
-        const row_values values = layout.values_of(key, vip, cancel_extraction_bool);
-        row.insert(row.end(), values.begin(), values.end());
-        append_source_columns(row, shown_file);
-        if (cancel_extraction_bool) { // the addresses may have been read in part only
-            return;
-        }
-        rows.insert(row);
-    }
-    destination.finish();
-    layout.log("ends");
+        insert_vip_15_failure,
+    };
+    extract_listed_rows(vips, file, user, destination_db, [&](const QString &, const property_list_value &vip) {
+        return values_of_vip_15(vip, cancel_extraction_bool);
+    });
 }

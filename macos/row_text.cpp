@@ -1,7 +1,6 @@
 #include "macos/row_text.h"
 
 #include "core/plugin_static_function.h"
-#include "services/percent_encoding.h"
 #include "services/property_list_readers.h"
 
 namespace {
@@ -92,7 +91,7 @@ QString with_escapes_decoded(const QString &text)
     if (text.isNull()) {
         return text;
     }
-    return QString::fromUtf8(percent_decoded(text.toLocal8Bit()).constData());
+    return QString::fromUtf8(QByteArray::fromPercentEncoding(text.toLocal8Bit()).constData());
 }
 
 QString with_home_expanded(const QString &text, const QString &user)

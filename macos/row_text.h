@@ -83,7 +83,8 @@ QString with_value_shown(const QString &row_text, table_rows<shown_word> words);
 /// Out: null for a number that the table does not hold.
 QString text_of_number(qint64 number, table_rows<shown_number> numbers);
 
-/// Decodes percent escapes; the decoded bytes are read as UTF-8, up to the first zero byte.
+/// Decodes percent escapes; the decoded bytes are read as UTF-8, up to the first zero byte. Any two characters behind a
+/// "%" are an escape, digits or not: "100% sure" gives "100sure".
 QString with_escapes_decoded(const QString &text);
 
 /// Puts the home folder of the user in place of a "~" that the text begins with.

@@ -9,7 +9,6 @@
 namespace {
 
 constexpr int depth_limit = 512;
-constexpr quint64 unfolded_size_limit = Q_UINT64_C(512) << 20;
 constexpr quint64 node_size = 160; // about what the library keeps for a value, beside its content
 constexpr int tag_length_limit = 4096;
 constexpr quint64 entity_moves_limit = Q_UINT64_C(2000) << 20;
@@ -73,7 +72,7 @@ bool has_bearable_markup(const QByteArray &content)
     return true;
 }
 
-bool is_safe_xml(const QByteArray &content)
+bool is_safe_xml(const QByteArray &content, quint64 unfolded_size_limit)
 {
     if (!has_bearable_markup(content)) {
         return false;
@@ -112,13 +111,15 @@ struct object_outline
     quint64 content_size = 0; // bytes of a text or of data, unfolded
     quint64 references_at = 0;
     quint64 reference_count = 0;
+    quint64 key_count = 0; // of a dictionary: that many of the references, in front
+    bool has_zero = false; // of UTF-16 text: at a key with one the library ends the process
 };
 
 // The object table of a binary list, read without following anything.
 class object_table
 {
 public:
-    explicit object_table(const QByteArray &content) : bytes(content) {}
+    object_table(const QByteArray &content, quint64 size_limit) : unfolded_size_limit(size_limit), bytes(content) {}
 
     bool read_trailer()
     {
@@ -158,11 +159,16 @@ public:
             return count <= table_at - behind ? std::make_optional(outline) : std::nullopt;
         case 0x6: // UTF-16 text, kept as UTF-8
             outline.content_size = count * 3;
-            return count <= (table_at - behind) / 2 ? std::make_optional(outline) : std::nullopt;
+            if (count > (table_at - behind) / 2) {
+                return std::nullopt;
+            }
+            outline.has_zero = has_zero_unit(behind, count);
+            return outline;
         case 0xa: // array
         case 0xd: // dictionary: keys, then values
             outline.references_at = behind;
-            outline.reference_count = (marker >> 4) == 0xd ? count * 2 : count;
+            outline.key_count = (marker >> 4) == 0xd ? count : 0;
+            outline.reference_count = outline.key_count + count;
             return outline.reference_count <= (table_at - behind) / reference_size ? std::make_optional(outline)
                                                                                    : std::nullopt;
         default:
@@ -175,6 +181,7 @@ public:
         return number_at(outline.references_at + index * reference_size, reference_size);
     }
 
+    const quint64 unfolded_size_limit;
     quint64 object_count = 0;
     quint64 root = 0;
 
@@ -186,6 +193,16 @@ private:
             value = value << 8 | static_cast<unsigned char>(bytes.at(static_cast<int>(at + i)));
         }
         return value;
+    }
+
+    bool has_zero_unit(quint64 at, quint64 count) const
+    {
+        for (const quint64 end = at + 2 * count; at < end; at += 2) {
+            if (number_at(at, 2) == 0) {
+                return true;
+            }
+        }
+        return false;
     }
 
     // A count of fifteen and more stands behind the marker as an integer object.
@@ -221,6 +238,7 @@ public:
         while (!path.empty()) {
             step &top = path.back();
             if (top.next_reference < top.outline.reference_count) {
+                const bool is_key = top.next_reference < top.outline.key_count;
                 const quint64 child = table.reference(top.outline, top.next_reference++);
                 if (child >= table.object_count || known[child].is_open) {
                     return false;
@@ -230,11 +248,14 @@ public:
                 } else if (path.size() >= depth_limit || !enter(child)) {
                     return false;
                 }
+                if (is_key && known[child].has_zero) {
+                    return false;
+                }
             } else {
                 leave();
             }
             if (!path.empty() &&
-                (path.back().depth + path.size() > depth_limit || path.back().size > unfolded_size_limit)) {
+                (path.back().depth + path.size() > depth_limit || path.back().size > table.unfolded_size_limit)) {
                 return false;
             }
         }
@@ -247,6 +268,7 @@ private:
         std::size_t depth = 0; // 0: not measured yet
         quint64 size = 0;
         bool is_open = false;
+        bool has_zero = false;
     };
     struct step
     {
@@ -262,6 +284,7 @@ private:
         const std::optional<object_outline> outline = table.outline_of(object);
         if (outline) {
             known[object].is_open = true;
+            known[object].has_zero = outline->has_zero;
             path.push_back({object, *outline, 0, 0, node_size + outline->content_size});
         }
         return outline.has_value();
@@ -271,7 +294,7 @@ private:
     {
         const step done = path.back();
         path.pop_back();
-        known[done.object] = {done.depth + 1, done.size, false};
+        known[done.object] = {done.depth + 1, done.size, false, done.outline.has_zero};
         if (!path.empty()) {
             add_to_top(done.depth + 1, done.size);
         }
@@ -288,9 +311,9 @@ private:
     std::vector<step> path;
 };
 
-bool is_safe_binary(const QByteArray &content)
+bool is_safe_binary(const QByteArray &content, quint64 unfolded_size_limit)
 {
-    object_table table(content);
+    object_table table(content, unfolded_size_limit);
     return table.read_trailer() && unfolding(table).is_within_limits();
 }
 
@@ -301,7 +324,8 @@ bool is_binary_property_list(const QByteArray &content)
     return content.startsWith("bplist00");
 }
 
-bool is_safe_property_list(const QByteArray &content)
+bool is_safe_property_list(const QByteArray &content, quint64 unfolded_size_limit)
 {
-    return is_binary_property_list(content) ? is_safe_binary(content) : is_safe_xml(content);
+    return is_binary_property_list(content) ? is_safe_binary(content, unfolded_size_limit)
+                                            : is_safe_xml(content, unfolded_size_limit);
 }

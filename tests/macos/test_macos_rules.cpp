@@ -1,4 +1,4 @@
-// The table rules: the vocabulary of the criteria, whole rows, and what becomes of lists that are damaged.
+// The table rules: the vocabulary of the criteria, whole rows, and a run that is cancelled.
 #include "tests/macos/configuration_source.h"
 #include "tests/support/tree_snapshot.h"
 
@@ -68,9 +68,7 @@ private Q_SLOTS:
     void criteria();
     void rows();
     void home_folder();
-    void no_list_data();
-    void no_list();
-    void failures_of_the_result_database();
+    void a_rule_too_large_for_a_row();
     void cancelled_from_another_thread();
 
 private:
@@ -139,59 +137,23 @@ void test_macos_rules::home_folder()
              QStringList{text("/Users/anna/Library/Mail/V6/MailData/SyncedRules.plist")});
 }
 
-void test_macos_rules::no_list_data()
+void test_macos_rules::a_rule_too_large_for_a_row()
 {
-    QTest::addColumn<QVariant>("root");
-    QTest::addColumn<int>("size");
-    QTest::newRow("a dictionary") << QVariant(whole_rule()) << -1;
-    QTest::newRow("a text") << QVariant(text("text")) << -1;
-    QTest::newRow("cut off") << QVariant(QVariantList{whole_rule()}) << 100;
-    QTest::newRow("empty") << QVariant(QVariantList{whole_rule()}) << 0;
-}
-
-void test_macos_rules::no_list()
-{
-    QFETCH(QVariant, root);
-    QFETCH(int, size);
-    source->write("anna", 9, root);
-    source->write("ben", 9, QVariantList{whole_rule()});
-    if (size >= 0) {
-        QVERIFY(QFile::resize(source->list_path("anna", 9), size));
+    const QString longer_when_shown = text("Body").repeated(250000); // "Message Content" for each
+    QVariantList criteria;
+    for (int i = 0; i < 6; ++i) {
+        criteria.append(property_list_dictionary{{"Header", longer_when_shown}});
     }
+    source->write("anna", 9, QVariantList{rule_of(criteria), whole_rule()});
 
     const auto run = source->new_run();
     run->run();
 
-    QCOMPARE(run->row_count(source->table), 1); // ben's
-    QCOMPARE(run->log_of(operation).mid(0, 3),
-             (QStringList{text("starts"),
-                          text("m_plist blank -------FAILED-------SOURCE/Users/anna/Library/Mail/V9/MailData/"
-                               "SyncedRules.plist"),
-                          text("end with failure")}));
-    QCOMPARE(run->tab_signals, QList<int>{1});
-}
-
-void test_macos_rules::failures_of_the_result_database()
-{
-    source->write("anna", 9, QVariantList{whole_rule()});
-    const auto run = source->new_run();
-    run->prepare();
-    run_statement(*run, text("create trigger refuse before insert on rules begin select raise(abort, 'no row'); end"));
-    run->extract();
-    const QStringList lines = run->log_of(operation);
-    QCOMPARE(lines.size(), 5);
-    QCOMPARE(lines.mid(1, 2),
-             (QStringList{text("insert query --------FAILED------") + run->database_path(), text("Error :- no row")}));
-    QVERIFY(lines.at(3).startsWith(QLatin1String("INSERT into rules(")));
-    QCOMPARE(run->record_signals.last(), 0);
-
-    const auto closed = source->new_run();
-    closed->prepare();
-    close_result_database(*closed);
-    closed->extract();
-    QCOMPARE(closed->log_of(operation),
-             (QStringList{text("starts"), text("destination_db open --------FAILED------") + closed->database_path(),
-                          text("Error :- unable to open database file")}));
+    const QStringList conditions = source->column(*run, "conditions");
+    QCOMPARE(conditions.size(), 2);
+    QCOMPARE(conditions.first().size(), 4 * (8 + 250000 * 15 + 2) - 2);
+    QVERIFY(run->log_of(operation).contains(
+        text("list longer than 16 million characters -----FAILED-----, the rest is left out")));
 }
 
 void test_macos_rules::cancelled_from_another_thread()

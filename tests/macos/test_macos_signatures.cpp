@@ -60,6 +60,7 @@ private Q_SLOTS:
     void text();
     void markup_that_takes_for_ever();
     void files_that_are_none();
+    void a_signature_assigned_again_and_again();
     void wrong_lists();
     void failures_of_the_result_database();
 };
@@ -196,6 +197,26 @@ void test_macos_signatures::files_that_are_none()
     QCOMPARE(lines.filter(QStringLiteral("file open--------FAILED------")).size(), 6);
     QCOMPARE(lines.at(2), QStringLiteral("Error :- File too large"));
     QCOMPARE(lines.last(), QStringLiteral("ends"));
+}
+
+void test_macos_signatures::a_signature_assigned_again_and_again()
+{
+    const signature_source source;
+    source.write("anna", 9, QVariantList{signature(::text("often"), ::text("S1"))});
+    source.add_file(9, "S1", "<body>text");
+    QStringList uids;
+    for (int i = 0; i < 2000; ++i) {
+        uids.append(::text("S1"));
+    }
+    source.write_map(9, property_list_dictionary{{"A1", account(::text("imap://anna"), uids)}});
+
+    const auto run = source.new_run();
+    run->run();
+
+    const QString sources = source.column(*run, "source_file").value(0);
+    QVERIFY2(sources.size() > 16384 && sources.size() < 16600, qPrintable(QString::number(sources.size())));
+    QCOMPARE(source.column(*run, "related_account_id"), QStringList{::text("A1")});
+    QCOMPARE(run->log_of(map_operation).size(), 3);
 }
 
 void test_macos_signatures::wrong_lists()

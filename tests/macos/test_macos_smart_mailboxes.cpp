@@ -1,4 +1,4 @@
-// The table smart_mailboxes: the vocabulary of the criteria, whole rows, and what becomes of lists that are damaged.
+// The table smart_mailboxes: the vocabulary of the criteria, and whole rows.
 #include "tests/macos/configuration_source.h"
 #include "tests/support/tree_snapshot.h"
 
@@ -51,9 +51,6 @@ private Q_SLOTS:
 
     void criteria();
     void rows();
-    void no_list_data();
-    void no_list();
-    void failures_of_the_result_database();
 
 private:
     std::unique_ptr<configuration_source> source;
@@ -124,57 +121,6 @@ void test_macos_smart_mailboxes::rows()
     QCOMPARE(run->log_of(dates_operation), (QStringList{text("[get_dates_from_nsarray] dictionary2 blank"),
                                                         text("[get_dates_from_nsarray] end with failure")}));
     QCOMPARE(run->record_signals.last(), 4);
-}
-
-void test_macos_smart_mailboxes::no_list_data()
-{
-    QTest::addColumn<QVariant>("root");
-    QTest::newRow("a dictionary") << mailbox("a", QVariantList{});
-    QTest::newRow("a text") << QVariant(QStringLiteral("text"));
-    QTest::newRow("no property list") << QVariant();
-}
-
-void test_macos_smart_mailboxes::no_list()
-{
-    QFETCH(QVariant, root);
-    source->write("anna", 9, root.isValid() ? root : QVariant(QStringLiteral("x")));
-    if (!root.isValid()) {
-        QVERIFY(QFile::resize(source->list_path("anna", 9), 9));
-    }
-
-    const auto run = source->new_run();
-    run->run();
-
-    QCOMPARE(run->row_count(source->table), 0);
-    QCOMPARE(run->log_of(operation),
-             (QStringList{text("starts"),
-                          text(" m_plist blank -------FAILED-------SOURCE/Users/anna/Library/Mail/V9/MailData/"
-                               "SyncedSmartMailboxes.plist"),
-                          text("end with failure")}));
-    QCOMPARE(run->tab_signals, QList<int>{1});
-}
-
-void test_macos_smart_mailboxes::failures_of_the_result_database()
-{
-    source->write("anna", 9, QVariantList{mailbox("a", QVariantList{})});
-    const auto run = source->new_run();
-    run->prepare();
-    run_statement(*run, QStringLiteral("drop table smart_mailboxes"));
-    run->extract();
-    const QStringList lines = run->log_of(operation);
-    QCOMPARE(lines.size(), 5);
-    QCOMPARE(lines.at(1), QString(QLatin1String(" insert query -----FAILED-----") + run->database_path()));
-    QVERIFY(lines.at(2).startsWith(QLatin1String("Error :- no such table")));
-    QVERIFY(lines.at(3).startsWith(QLatin1String("Executed Query :- insert into smart_mailboxes(")));
-    QCOMPARE(run->record_signals.last(), 0);
-
-    const auto closed = source->new_run();
-    closed->prepare();
-    close_result_database(*closed);
-    closed->extract();
-    QCOMPARE(closed->log_of(operation),
-             (QStringList{text("starts"), text("destination_db open --------FAILED------ ") + closed->database_path(),
-                          text("Error :- unable to open database file")}));
 }
 
 QTEST_MAIN(test_macos_smart_mailboxes)

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void flags_in_the_order_of_the_list();
     void without_other_tabs();
     void failed_look_ups();
+    void many_favorites_data();
     void many_favorites();
 
 private:
@@ -85,19 +86,30 @@ void test_macos_viewer_state::failed_look_ups()
 }
 
 // The text so far is decoded behind each entry: that must not take a time that grows with the square of their number.
+void test_macos_viewer_state::many_favorites_data()
+{
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("others");
+    QTest::newRow("an escape each") << text("a%20b") << text("a%20b");
+    // Each decoding takes one escape off the first entry, whose "%" so stays in front of all the others.
+    QTest::newRow("escapes within escapes") << QLatin1Char('%') + text("25").repeated(20000) << text("a b");
+}
+
 void test_macos_viewer_state::many_favorites()
 {
+    QFETCH(QString, first);
+    QFETCH(QString, others);
     constexpr int favorite_count = 50000;
-    QVariantList favorites;
-    for (int i = 0; i < favorite_count; ++i) {
-        favorites.append(property_list_dictionary{{"MailboxUidName", text("a%20b")}});
+    QVariantList favorites{property_list_dictionary{{"MailboxUidName", first}}};
+    while (favorites.size() <= favorite_count) {
+        favorites.append(property_list_dictionary{{"MailboxUidName", others}});
     }
     source->write(text("anna"), property_list_dictionary{{"Favorites", favorites}});
 
     const auto run = source->new_run();
     run->run();
 
-    QCOMPARE(rows_of(*run).count(text("Mailbox UID Name: a b")), favorite_count);
+    QVERIFY(rows_of(*run).count(text("Mailbox UID Name: a b")) >= favorite_count);
 }
 
 QTEST_MAIN(test_macos_viewer_state)

@@ -1,4 +1,4 @@
-// The table vip_contacts: the lists of both layouts, and what becomes of lists that are damaged or large.
+// The table vip_contacts: the lists of both layouts, and large ones.
 #include "tests/macos/configuration_source.h"
 #include "tests/support/tree_snapshot.h"
 
@@ -31,9 +31,6 @@ private Q_SLOTS:
 
     void rows();
     void sort_orders();
-    void no_list_data();
-    void no_list();
-    void failures_of_the_result_database();
     void large_lists();
 
 private:
@@ -109,68 +106,6 @@ void test_macos_vip::sort_orders()
     run->run();
 
     QCOMPARE(source->column(*run, "sort_order"), expected);
-}
-
-void test_macos_vip::no_list_data()
-{
-    QTest::addColumn<QVariant>("root");
-    QTest::addColumn<int>("size");
-    QTest::newRow("an array") << QVariant(QVariantList{senders({{"a", vip_of("b")}})}) << -1;
-    QTest::newRow("a text") << QVariant(text("text")) << -1;
-    QTest::newRow("cut off") << senders({{"a", vip_of("b")}}) << 20;
-    QTest::newRow("empty") << senders({{"a", vip_of("b")}}) << 0;
-}
-
-void test_macos_vip::no_list()
-{
-    QFETCH(QVariant, root);
-    QFETCH(int, size);
-    for (const int generation : {3, 9}) {
-        source->write("anna", generation, root);
-        if (size >= 0) {
-            QVERIFY(QFile::resize(source->list_path("anna", generation), size));
-        }
-    }
-
-    const auto run = source->new_run();
-    run->run();
-
-    QCOMPARE(run->row_count(source->table), 0);
-    const QString headline = text("m_plist blank ------FAILED------SOURCE/Users/anna/Library/Mail/V%1/MailData/"
-                                  "VIPs.plist");
-    QCOMPARE(run->log_of(earlier_operation), (QStringList{text("starts"), headline.arg(3), text("End with failure")}));
-    QCOMPARE(run->log_of(later_operation), (QStringList{text("starts"), headline.arg(9), text("end with failure")}));
-    QCOMPARE(run->tab_signals, QList<int>{1});
-}
-
-void test_macos_vip::failures_of_the_result_database()
-{
-    source->write("anna", 3, senders({{"a", vip_of("of V3")}}));
-    source->write("anna", 9, property_list_dictionary{{"a", vip_of("of V9")}});
-    const auto run = source->new_run();
-    run->prepare();
-    run_statement(*run, text("create trigger refuse before insert on vip_contacts begin select "
-                             "raise(abort, 'no row'); end"));
-    run->extract();
-    for (const auto &[operation, statement] :
-         {std::pair{earlier_operation, text("Execute Query :- INSERT into vip_contacts(")},
-          std::pair{later_operation, text("INSERT into vip_contacts(")}}) {
-        const QStringList lines = run->log_of(operation);
-        QCOMPARE(lines.size(), 5);
-        QCOMPARE(lines.mid(1, 2), (QStringList{text("insert query --------FAILED------") + run->database_path(),
-                                               text("Error :- no row")}));
-        QVERIFY(lines.at(3).startsWith(statement));
-    }
-    QCOMPARE(run->record_signals.last(), 0);
-
-    const auto closed = source->new_run();
-    closed->prepare();
-    close_result_database(*closed);
-    closed->extract();
-    const QStringList lines{text("starts"), text("destination_db open --------FAILED------") + closed->database_path(),
-                            text("Error :- unable to open database file")};
-    QCOMPARE(closed->log_of(earlier_operation), lines);
-    QCOMPARE(closed->log_of(later_operation), lines);
 }
 
 // A look-up of each key by itself would take minutes; keys and values of a megabyte are stored whole.

@@ -82,6 +82,7 @@ void host_run::prepare()
     }
     object.pub_set_source_info(source);
     object.pub_set_source_count(source_count);
+    object.pub_set_ios_uid_backup_pointer(backup_parser);
     object.pub_set_essential_for_trawl_bench_extraction(tabs, QStringList());
     object.pub_set_result_directory(directory.path());
     object.pub_create_db_tables();

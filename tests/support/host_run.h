@@ -20,6 +20,7 @@ public:
     bool is_logging = true;
     QString source_type;
     QStringList users; ///< the accounts of the source, "name" or "name:domain"
+    ios_uid_backup_parser *backup_parser = nullptr;
 
     /// The steps up to the search for sources, the extraction, the clean-up.
     void prepare();
