@@ -149,8 +149,8 @@ private:
     /// One row a signature of AllSignatures.plist that has a file in the folder, which ends in a slash.
     void xcode_extract_allsignature(const QString &file, const QString &user, const QString &destination_db,
                                     const QString &source_root, const QString &signature_folder);
-    /// Out: none for a file that does not open, leads out of the folder or the source, or is no signature, which is
-    /// logged, and when the extraction is cancelled.
+    /// Out: none for a file that does not open or leads out of the folder or the source, which is logged, and when the
+    /// extraction is cancelled.
     std::optional<QString> text_of_signature(const QString &folder, const QString &uid) const;
     /// Completes the rows with the accounts that AccountsMap.plist assigns the signatures to.
     void xcode_extract_updatesignature(const QString &file, const QString &user, const QString &destination_db,

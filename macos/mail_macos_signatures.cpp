@@ -120,11 +120,15 @@ std::optional<QString> mail_macos::text_of_signature(const QString &folder, cons
         signatures_log.failure(signature_open_failure, path, is_inside ? why_unread(path) : qt_error_string(ENOENT));
         return std::nullopt;
     }
-    const std::optional<QString> text = plain_text_of_signature(content, cancel_extraction_bool);
-    if (!text && !cancel_extraction_bool) {
-        signatures_log.failure(signature_open_failure, path, QStringLiteral("more markup than a signature has"));
+    const std::optional<html_text> converted = plain_text_of_signature(content, cancel_extraction_bool);
+    if (!converted) {
+        return std::nullopt;
     }
-    return text;
+    if (converted->excess) {
+        signatures_log("HTML beyond bounds, only freed of its markup-----",
+                       QLatin1String(converted->excess) + QLatin1String(" of ") + path);
+    }
+    return converted->text;
 }
 
 void mail_macos::xcode_extract_updatesignature(const QString &file, const QString &, const QString &destination_db,

@@ -132,15 +132,14 @@ void test_macos_signatures::text_data()
     row("UTF-8", "<body>\xc3\xbc\xf0\x9f\x98\x80", "ü😀");
     row("Latin-1", "<body>\xfc\xc3", "üÃ");
     row("UTF-8 cut off", "<body>a\xc3", "aÃ");
-    row("style sheet", "<body><style>p{display:none}</style><p>a</p>", "a");
-    row("style sheet in a comment", "<body><!-- <style> -->a<p>b", "a\nb");
-    row("style sheet in disguise", "<body><&#115;tyle>b{}</style>a", "b{}a");
+    row("style sheet", "<body><style>.p{white-space:pre}</style><p class=p>a   b</p>", "a   b");
+    row("a name that begins like one", "<body>a <styled>text</styled> b", "a text b");
 }
 
 void test_macos_signatures::text()
 {
     QFETCH(QByteArray, content);
-    QTEST(plain_text_of_signature(content, not_cancelled).value(), "text");
+    QTEST(plain_text_of_signature(content, not_cancelled)->text, "text");
 }
 
 // Each of these would take the document minutes, or have it read a file of this machine.
@@ -148,24 +147,18 @@ void test_macos_signatures::markup_that_takes_for_ever()
 {
     QElapsedTimer clock;
     clock.start();
-    QVERIFY(!plain_text_of_signature("<body>" + QByteArray("<table><tr><td>x").repeated(40000), not_cancelled));
-    for (const char *cell : {"<td colspan=20480>", "<TD COLSPAN=' +20480'>", "<td a='>' &#99;olspan=20480>",
-                             "<td colspan=2&#48;480>", "<td></tr>"}) {
-        QVERIFY2(!plain_text_of_signature("<body><table>" + ("<tr>" + QByteArray(cell)).repeated(2000), not_cancelled),
-                 cell);
-    }
-    QVERIFY(plain_text_of_signature(
-        "<body><table>" + QByteArray("<tr><td style='a:&#39;b&#39;' colspan=2>a").repeated(50), not_cancelled));
-    const QByteArray selectors = QByteArray("i b b b b{color:red}").repeated(50);
-    for (const char *tag : {"<style>", "<STYLE a=b>", "< style\n>", "<'style'>", "<&#115;tyle>"}) {
-        plain_text_of_signature("<body>" + QByteArray(tag) + selectors + "</style>" + QByteArray("<b>").repeated(3000),
-                                not_cancelled);
+    for (const QByteArray &markup :
+         {QByteArray("<table><tr><td>x").repeated(40000),
+          "<table>" + QByteArray("<tr><td colspan=20480>x").repeated(2000), QByteArray("&#x41").repeated(80000) + "x",
+          QByteArray("<td>").repeated(200000) + "x"}) {
+        const html_text converted = plain_text_of_signature("<body><td>" + markup, not_cancelled).value();
+        QVERIFY2(converted.text.contains(QLatin1Char('x')), markup.left(20).constData());
     }
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("sheet.css"));
     evidence::write_file(path, "p{display:none}");
     const QByteArray link = "<link rel=stylesheet href='" + path.toUtf8() + "'></link>";
-    QCOMPARE(plain_text_of_signature("<body>" + link + "<p>seen</p>", not_cancelled).value(), QStringLiteral("seen"));
+    QCOMPARE(plain_text_of_signature("<body>" + link + "<p>seen</p>", not_cancelled)->text, QStringLiteral("seen"));
     QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed())));
 }
 
