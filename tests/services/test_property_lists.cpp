@@ -300,6 +300,7 @@ private Q_SLOTS:
         row("circle of one", of({array({0})}));
         row("circle of three", of({array({1}), array({2}), array({0})}));
         row("circle in a dictionary", of({QByteArray("\xd1\0\0\0\1\0\0\0\0", 9), "\x51k"}));
+        row("key with a zero", of({QByteArray("\xd1\0\0\0\1\0\0\0\1", 9), QByteArray("\x62\0k\0\0", 5)}));
         row("definitions of its own", "<!DOCTYPE plist [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;&a;&a;\">]>"
                                       "<plist><string>&b;</string></plist>");
         row("nested where another encoding sees a comment",
