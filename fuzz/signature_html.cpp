@@ -14,8 +14,8 @@ const std::atomic<bool> cancelled{true};
 
 void read(const QByteArray &content)
 {
-    const std::optional<QString> text = plain_text_of_signature(content, not_cancelled);
-    require(!text || *text == text->trimmed(), "a signature is trimmed");
+    const std::optional<html_text> converted = plain_text_of_signature(content, not_cancelled);
+    require(!converted || converted->text == converted->text.trimmed(), "a signature is trimmed");
 }
 
 } // namespace
