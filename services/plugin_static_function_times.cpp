@@ -2,19 +2,23 @@
 #include "core/operation_log.h"
 #include "core/plugin_static_function.h"
 
-#include <QFileInfo>
+#include <QDateTime>
+#include <QFile>
 #include <QLocale>
 #include <QStringList>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace {
 
 constexpr qint64 seconds_from_1970_to_2001 = 978307200;
 constexpr qint64 milliseconds = 1000;
 
-// Some file systems keep no birth time.
-qint64 seconds_of(const QDateTime &file_time)
+// Cut towards zero, as the count of milliseconds would be.
+qint64 seconds_of(const statx_timestamp &file_time)
 {
-    return file_time.isValid() ? file_time.toMSecsSinceEpoch() / milliseconds : 0;
+    return (file_time.tv_sec * milliseconds + file_time.tv_nsec / 1000000) / milliseconds;
 }
 
 QString epoch_text_of(const QDateTime &date_time)
@@ -82,13 +86,21 @@ posix_timestamp_record plugin_static_function::get_posix_timestamp(const QString
     posix_timestamp_record times;
     const QString path = file_path.trimmed();
     const QString root = source_root.trimmed();
-    const QFileInfo file(root + path);
-    if (path.isEmpty() || root.isEmpty() || !file.isFile()) {
+    if (path.isEmpty() || root.isEmpty()) {
         return times;
     }
-    times.creation_timestamp = seconds_of(file.birthTime());
-    times.last_access_timestamp = seconds_of(file.lastRead());
-    times.modification_timestamp = seconds_of(file.lastModified());
+    // Qt turns each time into a local one on the way, which costs more than asking for the times.
+    struct statx status = {};
+    const QByteArray name = QFile::encodeName(root + path);
+    if (::statx(AT_FDCWD, name.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0 ||
+        !S_ISREG(status.stx_mode)) {
+        return times;
+    }
+    if ((status.stx_mask & STATX_BTIME) != 0) { // some file systems keep none
+        times.creation_timestamp = seconds_of(status.stx_btime);
+    }
+    times.last_access_timestamp = seconds_of(status.stx_atime);
+    times.modification_timestamp = seconds_of(status.stx_mtime);
     return times;
 }
 

@@ -203,7 +203,6 @@ private Q_SLOTS:
     void lines_of_a_record();
     void file_that_ends_the_tab_data();
     void file_that_ends_the_tab();
-    void tables_that_are_not_there();
     void result_database_fails();
     void cancelled();
 };
@@ -231,18 +230,27 @@ void test_mail_store::rows_of_attachments()
     QCOMPARE(run.record_signals.last(), 0); // these rows are not counted
 }
 
+// One of the two databases has no such table, which is told where its records would be counted.
 void test_mail_store::rows_of_conversations()
 {
     store_tree tree;
     tree.write_files();
     tree.write_store();
+    tree.write_store_of_other_types();
     store_run run(tree.root, "mailconversation");
     run.run();
     const QString difference = compared(run.rows(QStringLiteral("mailconversation")), "mail_store_conversations.txt");
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
-    QCOMPARE(run.log_of(parse),
-             (QStringList{start_line, QStringLiteral("[edb_data_parse] table found: MailConversation"), table_end,
-                          end_line}));
+    const QString found = QStringLiteral("[edb_data_parse] table found: MailConversation");
+    QCOMPARE(run.log_of(parse), (QStringList{start_line, found, table_end, found, table_end, end_line}));
+    const QStringList log = run.log_of(container);
+    const int missing =
+        log.indexOf(QStringLiteral("[container_func]  unable to retrieve total number of records in table : \\n"));
+    QCOMPARE(log.mid(missing + 1, 4),
+             (QStringList{QStringLiteral("[container_func]number of records inside table: 0"),
+                          QStringLiteral("[container_func] \\n"),
+                          QStringLiteral("[container_func] unable to retrieve number of columns: \\n"),
+                          QStringLiteral("[container_func] no of columns are: 0")}));
 }
 
 void test_mail_store::rows_of_messages_and_mail_files()
@@ -326,22 +334,6 @@ void test_mail_store::file_that_ends_the_tab()
                  (QStringList{start_line, QLatin1String("[working_func] file open ---FAILED---SOURCE/Users/anna") +
                                               local_state + QLatin1String("DBStore/a.edb")}));
     }
-}
-
-void test_mail_store::tables_that_are_not_there()
-{
-    store_tree tree;
-    write_table(tree.database("DBStore/a.edb"), "MailMessages", {column("To", type::long_text)}, {});
-    store_run run(tree.root, "messages");
-    run.run();
-    QCOMPARE(run.log_of(parse), (QStringList{start_line, QStringLiteral("[edb_data_parse] table found: MailMessage"),
-                                             table_end, end_line}));
-    QCOMPARE(run.log_of(container),
-             (QStringList{QStringLiteral("[container_func]  unable to retrieve total number of records in table : \\n"),
-                          QStringLiteral("[container_func]number of records inside table: 0"),
-                          QStringLiteral("[container_func] \\n"),
-                          QStringLiteral("[container_func] unable to retrieve number of columns: \\n"),
-                          QStringLiteral("[container_func] no of columns are: 0")}));
 }
 
 void test_mail_store::result_database_fails()
