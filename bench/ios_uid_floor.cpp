@@ -160,8 +160,8 @@ void run_ios_uid_floor(const QString &root, const QString &database_path, stopwa
     int conversion_folder = ::open(conversions.toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     evidence::sqlite_connection connection = open_database(database_path);
     add_functions(connection.get(), &conversion_folder);
-    run(connection.get(), create_contacts);
-    run(connection.get(), create_recents);
+    run(connection.get(), create_statement_of("contacts"));
+    run(connection.get(), create_statement_of("recents"));
     run(connection.get(), "ATTACH ? AS r", {recents});
     run(connection.get(), "ATTACH ? AS b", {book});
     run(connection.get(), "ATTACH ? AS s", {messages});

@@ -55,7 +55,7 @@ void run_ios_uniform_floor(const QString &root, const QString &database_path, st
     evidence::sqlite_connection connection = open_database(database_path);
     add_text_functions(connection.get());
     finder.add_functions(connection.get());
-    run(connection.get(), create_messages);
+    run(connection.get(), create_statement_of("messages"));
     run(connection.get(), "ATTACH ? AS e", {envelope_copy});
     run(connection.get(), "ATTACH ? AS p", {protected_copy});
     run(connection.get(), decode_mailboxes);

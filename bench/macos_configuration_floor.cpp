@@ -231,9 +231,8 @@ void run_macos_configuration_floor(const QString &root_with_slash, const QString
     watch.lap("copy");
 
     evidence::sqlite_connection connection = open_database(database_path);
-    for (const char *create :
-         {create_signature, create_accounts, create_vip_contacts, create_rules, create_smart_mailboxes}) {
-        run(connection.get(), create);
+    for (const char *table : {"signature", "accounts", "vip_contacts", "rules", "smart_mailboxes"}) {
+        run(connection.get(), create_statement_of(table));
     }
     run(connection.get(), "ATTACH ? AS a", {accounts_copy});
     run(connection.get(), "BEGIN");

@@ -86,8 +86,8 @@ macos_floor::macos_floor(const QString &root, const QString &database_path, stop
     connection = open_database(database_path);
     add_text_functions(connection.get());
     files.add_functions(connection.get());
-    run(connection.get(), create_messages);
-    run(connection.get(), create_emlx_list);
+    run(connection.get(), create_statement_of("messages"));
+    run(connection.get(), create_statement_of("emlx_list"));
     run(connection.get(), "ATTACH ? AS e", {index_copy});
     run(connection.get(), describe_mailboxes);
     run(connection.get(), "BEGIN");
@@ -104,7 +104,7 @@ void macos_floor::insert_messages()
 
 void macos_floor::insert_attachments()
 {
-    run(connection.get(), create_all_attachments);
+    run(connection.get(), create_statement_of("all_attachments"));
     const evidence::sqlite_statement messages =
         prepare(connection.get(), "SELECT INT, attachment_filename, emlx_file_name, emlx_file_path FROM messages "
                                   "WHERE attachment_filename != ''");

@@ -18,12 +18,7 @@ namespace bench {
 
 namespace {
 
-constexpr const char *create_appointments = "CREATE TABLE appointments(bookmark INTEGER,INT INTEGER PRIMARY KEY)";
 constexpr const char *insert_appointment = "INSERT INTO appointments(bookmark) VALUES(0)";
-constexpr const char *create_mail_data =
-    "CREATE TABLE mail_data(bookmark INTEGER,INT INTEGER PRIMARY KEY,system_user VARCHAR(1024),"
-    "body VARCHAR(1024),file_name VARCHAR(1024),file_size INTEGER,inside_text VARCHAR(1024),"
-    "source_count_name VARCHAR(1024),os_scheme_display VARCHAR(1024))";
 constexpr const char *insert_message =
     "INSERT INTO messages(bookmark,system_user,source_count_name,os_scheme_display,emlx_file_path,from_str,fromemail,"
     "fromname,mimemessegeid,previewtext,reply_to,subject,to_str) VALUES(0,?,?,?,?,?,?,?,?,?,?,?,?)";
@@ -164,7 +159,7 @@ void run_winos_store_floor(const QString &root, const QString &database_path, st
                                    evidence::folder_of(database_path) + QLatin1Char('/'));
     watch.lap("export");
     const evidence::sqlite_connection connection = open_database(database_path);
-    run(connection.get(), create_appointments);
+    run(connection.get(), create_statement_of("appointments"));
     run(connection.get(), "BEGIN");
     QFile table;
     exported.open_table("Appointment", table);
@@ -181,8 +176,8 @@ void run_winos_walker_floor(const QString &root, const QString &database_path, s
                                    evidence::folder_of(database_path) + QLatin1Char('/'));
     watch.lap("export");
     const evidence::sqlite_connection connection = open_database(database_path);
-    run(connection.get(), create_messages);
-    run(connection.get(), create_mail_data);
+    run(connection.get(), create_statement_of("messages"));
+    run(connection.get(), create_statement_of("mail_data"));
     run(connection.get(), "BEGIN");
     insert_messages(exported, folder, connection.get());
     watch.lap("rows");
@@ -195,7 +190,7 @@ void run_winos_bodies_floor(const QString &root, const QString &database_path, s
     const QString folder = evidence::folder_of(database_path) + QLatin1String("/Files/");
     evidence::make_folder(folder);
     const evidence::sqlite_connection connection = open_database(database_path);
-    run(connection.get(), create_mail_data);
+    run(connection.get(), create_statement_of("mail_data"));
     run(connection.get(), "BEGIN");
     floor_rows rows(connection.get(), insert_body);
     QDirIterator files(profile_below(root).store_files_path(), QDir::Files, QDirIterator::Subdirectories);

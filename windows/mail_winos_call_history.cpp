@@ -13,7 +13,7 @@ void mail_winos::extract_call_history()
         "insert into call_history(bookmark,system_user,domain_user,start_timestamp,end_timestamp,arrival_timestamp,"
         "application_install_timestamp,caller_location,resolved_name,resolved_number,source_file ,source_count_name,"
         "os_scheme_display) values(0,?,?,?,?,?,?,?,?,?,?,?,?)",
-        {"[extract_call_history]---Insert Query ---FAILED---", "", "", false}};
+        {"[extract_call_history]Insert Query ---FAILED---", "", "", false}};
     call_history_table = std::make_unique<call_history>();
     write_store_rows(log, writer, [this](const QString &file, const row_source &shared, row_writer &rows) {
         for (const specific_table::struct_call_history &call :

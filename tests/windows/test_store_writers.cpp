@@ -205,7 +205,7 @@ void test_store_writers::writers_whose_database_fails_data()
     row("extract_contacts", "contacts", "[extract_contacts]Destination Db opening  ------FAILED----- ",
         "[]Insert Query ---FAILED---- in contacts Table ");
     row("extract_call_history", "call_history", "[extract_contacts]Destination Db opening  ------FAILED----- ",
-        "[extract_call_history]---Insert Query ---FAILED---");
+        "[extract_call_history]Insert Query ---FAILED---");
     row("extract_received_attachments_files", "received_attachments_files",
         "[extract_received_attachments_files]Destination Db opening ------FAILED----- ",
         "[extract_received_attachments_files]---Insert Query ---FAILED---- ");
