@@ -40,13 +40,13 @@ bool append_segment(QByteArray &value, const QByteArray &segment, quint32 expect
 
 } // namespace
 
-ese_long_values::ese_long_values(const file_descriptor &file, int page_size, quint32 root)
-    : pages(file, page_size), root_page(root)
+ese_long_values::ese_long_values(const file_descriptor &file, int page_bytes, quint32 root)
+    : pages(file, page_bytes), page_size(page_bytes), root_page(root)
 {
     if (const std::optional<ese_page> page = pages.page(root_page)) {
         tree = page->tree();
     }
-    budget = std::max(least_budget, budget_per_file_byte * page_size * pages.count());
+    budget = std::max(least_budget, budget_per_file_byte * page_bytes * pages.count());
 }
 
 std::optional<QByteArray> ese_long_values::value(const QByteArray &number)
@@ -141,10 +141,11 @@ std::optional<ese_page> ese_long_values::tree_page(quint32 number)
 }
 
 // Takes the entry at the position, or the next one there is, and steps behind it. Pages without entries are passed
-// over, but not without end: damaged ones may lead in a circle.
+// over at the cost of the budget: damaged ones may lead in a circle, and each of a million values through all of them.
 bool ese_long_values::step_to_entry(position &at, ese_page_entry &entry)
 {
-    for (qint64 steps = 0; steps <= pages.count(); ++steps) {
+    for (int empty_pages = -1; budget >= 0; ++empty_pages) { // the first step is that from a page read to its end
+        budget -= empty_pages > 0 ? page_size : 0;
         const std::optional<ese_page> page = tree_page(at.page);
         if (!page || !page->is_leaf()) {
             return false;

@@ -33,7 +33,8 @@ private:
     bool step_to_entry(position &at, ese_page_entry &entry);
 
     ese_page_source pages;
+    int page_size;
     quint32 root_page;
     quint32 tree = 0;
-    qint64 budget = 0; // bytes of values still to be read
+    qint64 budget = 0; // bytes of values, and of pages passed over, still to be read
 };

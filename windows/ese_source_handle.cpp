@@ -1,8 +1,6 @@
 #include "windows/ese_source_handle.h"
 
 #include <dlfcn.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 // What the library reads from is an object of a library of its own. That one comes along with it but without a header;
 // so its functions are looked up by name, and where they are missing there is no handle.
@@ -48,19 +46,16 @@ int close_stream(intptr_t *io, error_slot)
 ssize_t read_stream(intptr_t *io, uint8_t *buffer, size_t size, error_slot)
 {
     ese_source_stream &stream = stream_of(io);
-    const ssize_t count = ::pread(stream.descriptor, buffer, size, stream.place);
+    const ssize_t count = stream.view.read(reinterpret_cast<char *>(buffer), size, stream.place);
     stream.place += count > 0 ? count : 0;
     return count;
 }
 
 int size_of_stream(intptr_t *io, size64_t *size, error_slot)
 {
-    struct stat status = {};
-    if (::fstat(stream_of(io).descriptor, &status) != 0) {
-        return -1;
-    }
-    *size = static_cast<size64_t>(status.st_size);
-    return 1;
+    const off64_t known = stream_of(io).view.size();
+    *size = static_cast<size64_t>(known);
+    return known < 0 ? -1 : 1;
 }
 
 off64_t seek_stream(intptr_t *io, off64_t offset, int whence, error_slot error)
@@ -90,7 +85,7 @@ int is_stream_open(intptr_t *io, error_slot)
 
 } // namespace
 
-ese_source_handle::ese_source_handle(const file_descriptor &file) : stream{file.get()}
+ese_source_handle::ese_source_handle(const file_descriptor &file) : stream{ese_root_view(file.get())}
 {
     const auto initialize = function_named<initialize_function>("libbfio_handle_initialize");
     if (initialize && function_named<free_call>("libbfio_handle_free") &&

@@ -4,11 +4,12 @@
 
 #include "services/source_files.h"
 #include "windows/ese_handles.h"
+#include "windows/ese_root_view.h"
 
 /// Where the library stands in the file.
 struct ese_source_stream
 {
-    int descriptor;
+    ese_root_view view;
     off64_t place = 0;
     bool is_open = false;
 };

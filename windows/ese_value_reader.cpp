@@ -6,6 +6,7 @@
 #include "windows/ese_table_layout.h"
 #include "windows/ese_text.h"
 
+#include <QTextCodec>
 #include <QtEndian>
 
 #include <array>
@@ -239,7 +240,10 @@ ese_value ese_value_reader::decoded(libesedb_record_t *record, int value_entry, 
     if (text.is_read && settled(libesedb_record_is_long_value(record, value_entry, &error), error) == 0) {
         return text;
     }
-    return {text_of_unknown_encoding(bytes_before_zero(value.bytes)).toUtf8(), true};
+    // The library decodes what stands in the record; a long value is left to Qt's table of codepages.
+    const QByteArray codec_name = "windows-" + QByteArray::number(codepage(record, value_entry, error));
+    const QTextCodec *codec = QTextCodec::codecForName(codec_name);
+    return codec ? ese_value{codec->toUnicode(bytes_before_zero(value.bytes)).toUtf8(), true} : ese_value{{}, false};
 }
 
 bool ese_value_reader::is_multiple(libesedb_record_t *record, int value_entry, libesedb_error_t *error)

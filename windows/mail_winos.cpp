@@ -6,6 +6,8 @@
 #include "windows/mail_store_rows.h"
 #include "windows/specific_table_readers.h"
 
+#include <QScopeGuard>
+
 namespace {
 
 // The tables of the mail application's own store, as edb_data_parse() counts them.
@@ -87,13 +89,13 @@ void mail_winos::extract_plugin_artifacts()
 {
     static constexpr operation_log log{"void mail_winos::extract_plugin_artifacts()"};
     log("[extract_plugins_artifacts] starts");
-    const bool ended_early = has_engine() && !extract_selected_tabs();
-    recipients_of_store.clear();
-    attachments_of_store.clear();
-    if (ended_early) {
-        return;
+    const auto forget_stores = qScopeGuard([this] {
+        recipients_of_store.clear();
+        attachments_of_store.clear();
+    });
+    if (!has_engine() || extract_selected_tabs()) {
+        log("[extract_plugins_artifacts] ends");
     }
-    log("[extract_plugins_artifacts] ends");
 }
 
 // A cancel ends the writer that it meets. The tabs behind it are still begun, and end in their first loop.
@@ -148,6 +150,9 @@ bool mail_winos::extract_all_attachments_tab()
     }
     extract_received_attachments();
     attachments_of_store.clear(); // no writer behind this one reads them
+    if (!is_selected(QStringLiteral("messages"))) {
+        recipients_of_store.clear();
+    }
     report_records();
     if (cancel_extraction_bool) {
         return false;

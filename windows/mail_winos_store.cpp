@@ -6,30 +6,13 @@
 #include "windows/recipients.h"
 #include "windows/store_table.h"
 
+#include <numeric>
+
 namespace {
 
 // To read a table anew costs more than its records take in memory, unless these are without end.
-constexpr int most_kept_records = 1000000;
-
-// The recipients of a message stand together and differ in little more than their addresses: what is equal is held
-// once.
-void share_equal_texts(QList<specific_table::struct_recipients> &recipient_records)
-{
-    const auto share = [](QString &text, const QString &text_before) {
-        if (text == text_before && text.isNull() == text_before.isNull()) {
-            text = text_before;
-        }
-    };
-    for (int at = 1; at < recipient_records.size(); ++at) {
-        const specific_table::struct_recipients &before = recipient_records.at(at - 1);
-        specific_table::struct_recipients &recipient = recipient_records[at];
-        share(recipient.message_key_QString, before.message_key_QString);
-        share(recipient.message_time_QString, before.message_time_QString);
-        share(recipient.recipient_kind_QString, before.recipient_kind_QString);
-    }
-}
-
-void share_equal_texts(QList<specific_table::struct_attachments> &) {}
+// The bound is for all stores together.
+constexpr int most_kept_records = 500000;
 
 template <typename record>
 const QList<record> &kept_records_of(const QString &file, const char *table_name, specific_table &reader,
@@ -40,10 +23,12 @@ const QList<record> &kept_records_of(const QString &file, const char *table_name
         return *known;
     }
     const QList<record> &records = records_of(file, table_name, reader, list);
-    if (records.size() > most_kept_records) {
+    const int kept_records =
+        std::accumulate(kept.cbegin(), kept.cend(), 0,
+                        [](int count, const QList<record> &of_store) { return count + of_store.size(); });
+    if (records.size() > most_kept_records - kept_records) {
         return records;
     }
-    share_equal_texts(reader.*list);
     return *kept.insert(file, records);
 }
 

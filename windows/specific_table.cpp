@@ -126,6 +126,9 @@ void specific_table::with_table(libesedb_file_t *file, libesedb_error_t *error, 
                                                      qstrlen(name.constData()), &handle, &error),
                 error);
     const ese_table_handle table(handle);
+    if (result == -1) {
+        walk->values.log_unread("table");
+    }
     if (result != -1 && table) {
         read(table.get());
     }
@@ -146,6 +149,7 @@ void specific_table::each_record(libesedb_table_t *table, libesedb_error_t *erro
 {
     int count = 0;
     if (settled(libesedb_table_get_number_of_records(table, &count, &error), error) == -1) {
+        walk->values.log_unread("number of records");
         return;
     }
     for (int i = 0; i < count; ++i) {

@@ -153,6 +153,9 @@ protected:
                 get_record_values(record, error, name, entry, type);
             });
         if (is_read) {
+            if (!list.isEmpty()) {
+                share_equal_texts(values, list.last(), fields);
+            }
             list.append(values);
         }
         current = nullptr;
@@ -186,6 +189,19 @@ private:
             }
         }
         return nullptr;
+    }
+
+    // Neighbours differ in little, as the recipients of one message do: what is equal is held once.
+    template <typename Record, std::size_t count>
+    static void share_equal_texts(Record &values, const Record &before, const column_field<Record> (&fields)[count])
+    {
+        for (const column_field<Record> &field : fields) {
+            QString &text = values.*(field.field);
+            const QString &text_before = before.*(field.field);
+            if (text == text_before && text.isNull() == text_before.isNull()) {
+                text = text_before;
+            }
+        }
     }
 
     template <typename Parse>
