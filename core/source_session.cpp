@@ -72,6 +72,11 @@ bool source_query::start(variant &candidate, std::initializer_list<QString> valu
     for (const QString &value : values) {
         candidate.statement.bind(position++, value);
     }
+    if (row_id_name) {
+        given_values.assign(values.begin(), values.end());
+    }
+    row_count = 0;
+    is_reading_singly = false;
     // Whether a statement can be executed shows at its first step.
     return step();
 }
@@ -102,14 +107,30 @@ bool source_query::next()
 
 bool source_query::step()
 {
-    const sqlite_statement::outcome stepped = running->statement.step();
+    sqlite_statement::outcome stepped = is_reading_singly ? single_values->next() : running->statement.step();
+    if (stepped == sqlite_statement::outcome::too_large && row_id_name && !is_reading_singly) {
+        stepped = step_behind_large_value();
+    }
+    ++row_count;
     state = stepped == sqlite_statement::outcome::row ? progress::on_row : progress::ended;
     is_cancelled = is_cancelled || stepped == sqlite_statement::outcome::cancelled;
-    if (stepped == sqlite_statement::outcome::failed) {
+    if (stepped == sqlite_statement::outcome::failed || stepped == sqlite_statement::outcome::too_large) {
         error_text = database.error_text();
         return false;
     }
     return true;
+}
+
+// The rows so far stand; the others of this execution are read value by value.
+sqlite_statement::outcome source_query::step_behind_large_value()
+{
+    running->statement.reset();
+    if (!single_values) {
+        single_values.emplace(database, log, running->text, row_id_name);
+    }
+    is_reading_singly = true;
+    single_values->start(given_values);
+    return single_values->next(row_count);
 }
 
 QString source_query::text(const char *column)
@@ -119,12 +140,18 @@ QString source_query::text(const char *column)
 
 QString source_query::text_at(int position) const
 {
-    return state == progress::on_row && position >= 0 ? running->statement.text(position) : QString();
+    if (state != progress::on_row || position < 0) {
+        return QString();
+    }
+    return is_reading_singly ? single_values->text(position) : running->statement.text(position);
 }
 
 QByteArray source_query::bytes_at(int position) const
 {
-    return state == progress::on_row && position >= 0 ? running->statement.bytes(position) : QByteArray();
+    if (state != progress::on_row || position < 0) {
+        return QByteArray();
+    }
+    return is_reading_singly ? single_values->bytes(position) : running->statement.bytes(position);
 }
 
 int source_query::index_of(const char *column)

@@ -3,11 +3,13 @@
 
 #include "core/operation_log.h"
 #include "core/result_session.h"
+#include "core/single_value_reader.h"
 #include "core/sqlite_database.h"
 
 #include <QString>
 
 #include <initializer_list>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -46,6 +48,10 @@ public:
     /// In: also what its failures name in place of the working copy; it outlives the query.
     source_query(source_session &session, const operation_log &log, const char *statement, const failure_text &texts,
                  const QString &subject);
+
+    /// From now on a value that is larger than a source's may be reads as NULL, which is logged, where it would end the
+    /// rows. For one statement of the form that single_value_reader reads; in: what names a row in it.
+    void leave_out_large_values(const char *row_id) { row_id_name = row_id; }
 
     /// Runs the statement with these values in place of its "?". Out: false when it fails, which is logged, and when
     /// the extraction was cancelled while it ran.
@@ -86,6 +92,7 @@ private:
     bool prepare(variant &candidate);
     bool start(variant &candidate, std::initializer_list<QString> values);
     bool step(); // false for a failure
+    sqlite_statement::outcome step_behind_large_value();
     int index_of(const char *column);
     void log_failure() const;
 
@@ -98,4 +105,10 @@ private:
     QString error_text;         // of its failure
     progress state = progress::ended;
     bool is_cancelled = false;
+
+    const char *row_id_name = nullptr;
+    std::vector<QString> given_values; // those of the execution, and its rows so far: where to go on
+    qint64 row_count = 0;
+    std::optional<single_value_reader> single_values;
+    bool is_reading_singly = false;
 };

@@ -71,6 +71,13 @@ qint64 sqlite_database::last_row_id() const
     return sqlite3_last_insert_rowid(handle.get());
 }
 
+QByteArray sqlite_database::collation_of(const char *table, const char *column) const
+{
+    const char *collation = nullptr;
+    sqlite3_table_column_metadata(handle.get(), "main", table, column, nullptr, &collation, nullptr, nullptr, nullptr);
+    return QByteArray(collation);
+}
+
 QString sqlite_database::error_text() const
 {
     return QString::fromUtf8(sqlite3_errmsg(handle.get()));
@@ -105,6 +112,8 @@ sqlite_statement::outcome sqlite_statement::step()
         return outcome::done;
     case SQLITE_INTERRUPT:
         return outcome::cancelled;
+    case SQLITE_TOOBIG:
+        return outcome::too_large;
     default:
         return outcome::failed;
     }

@@ -29,6 +29,9 @@ public:
     bool execute(const char *statement);
     /// The row id that the last INSERT gave.
     qint64 last_row_id() const;
+    /// The collation that a column of a table of the main database compares by, such as "BINARY"; empty when there is
+    /// no such column.
+    QByteArray collation_of(const char *table, const char *column) const;
     /// What SQLite says of the last failure.
     QString error_text() const;
 
@@ -53,6 +56,7 @@ public:
         row,
         done,
         cancelled,
+        too_large, ///< a value is larger than a source's may be; the statement ends there
         failed
     };
 

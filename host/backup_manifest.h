@@ -32,10 +32,9 @@ public:
     virtual std::optional<QByteArray> name_of(const device_file &file) = 0;
 };
 
-/// In: the path of a regular file, which is read and copied but never opened in place as a database; the folder for
+/// In: the path of a regular file, which is read and, as a database, never opened in place but copied; the folder for
 /// that copy, which is gone with the object; a flag that ends a look-up when it is raised and outlives the object.
 /// Out: null when the file is no such manifest or lists nothing.
 std::unique_ptr<backup_manifest> open_manifest_database(const QString &path, const QString &working_folder,
                                                         const std::atomic<bool> &cancel_flag);
-std::unique_ptr<backup_manifest> open_manifest_mbdb(const QString &path, const QString &working_folder,
-                                                    const std::atomic<bool> &cancel_flag);
+std::unique_ptr<backup_manifest> open_manifest_mbdb(const QString &path, const std::atomic<bool> &cancel_flag);

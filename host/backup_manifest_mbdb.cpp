@@ -174,8 +174,7 @@ std::optional<QByteArray> manifest_mbdb::name_of(const device_file &file)
 
 } // namespace
 
-std::unique_ptr<backup_manifest> open_manifest_mbdb(const QString &path, const QString & /*working_folder*/,
-                                                    const std::atomic<bool> &cancel_flag)
+std::unique_ptr<backup_manifest> open_manifest_mbdb(const QString &path, const std::atomic<bool> &cancel_flag)
 {
     auto manifest = std::make_unique<manifest_mbdb>(path, cancel_flag);
     return manifest->is_whole() ? std::move(manifest) : nullptr;

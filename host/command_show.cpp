@@ -4,11 +4,10 @@
 #include "host/result_database.h"
 #include "host/row_printer.h"
 #include "host/terminal.h"
-
-#include <QDir>
-#include <QFileInfo>
+#include "host/time_columns.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -21,24 +20,6 @@ enum class output_form
     csv,
     json_lines
 };
-
-// Takes the result directory of a run, any folder on the way down from it, or the database itself.
-QString find_database(const QString &given)
-{
-    if (QFileInfo(given).isFile()) {
-        return given;
-    }
-    const QDir folder(given);
-    for (const QString &candidate : {result_database_path(given), folder.filePath(QStringLiteral("Mail/Mail.sqlite")),
-                                     folder.filePath(QStringLiteral("Mail.sqlite"))}) {
-        if (!given.isEmpty() && QFileInfo(candidate).isFile()) {
-            return candidate;
-        }
-    }
-    throw unusable_input{
-        QStringLiteral("there is no result database in \"%1\": give the folder that was given to run as --result")
-            .arg(given)};
-}
 
 output_form form_of(const command_arguments &given)
 {
@@ -70,19 +51,13 @@ QString rows_by_source(const result_database &database, const QString &table)
     return parts.join(QStringLiteral(", "));
 }
 
-qint64 row_count(const result_database &database, const QString &table)
-{
-    QSqlQuery query = database.select(QStringLiteral("SELECT count(*) FROM %1").arg(quoted_name(table)));
-    return query.next() ? query.value(0).toLongLong() : 0;
-}
-
 void show_tables(const result_database &database, output_form form)
 {
     const QStringList columns{QStringLiteral("table"), QStringLiteral("rows"), QStringLiteral("rows_by_source")};
     if (form != output_form::readable) {
         const auto printer = make_exact_printer(form, columns);
         for (const QString &table : database.tables()) {
-            printer->print_row({table, row_count(database, table), rows_by_source(database, table)});
+            printer->print_row({table, database.row_count(table), rows_by_source(database, table)});
         }
         return;
     }
@@ -94,7 +69,7 @@ void show_tables(const result_database &database, output_form form)
     for (const QString &table : database.tables()) {
         const QString line = QStringLiteral("  %1  %2  %3")
                                  .arg(escaped_for_terminal(table).leftJustified(name_width),
-                                      QString::number(row_count(database, table)).rightJustified(10),
+                                      QString::number(database.row_count(table)).rightJustified(10),
                                       escaped_for_terminal(rows_by_source(database, table)));
         print_line(line.trimmed().prepend(QStringLiteral("  ")));
     }
@@ -121,26 +96,63 @@ QVector<int> filled_columns(const result_database &database, const QString &tabl
     return filled;
 }
 
+// A column of the table, or the one beside it that says its time for other tools.
+struct exported_column
+{
+    QString name;
+    int index;
+    bool is_utc;
+};
+
+std::vector<exported_column> exported_columns(const QStringList &columns, output_form form)
+{
+    std::vector<exported_column> exported;
+    for (int i = 0; i < columns.size(); ++i) {
+        exported.push_back({columns.at(i), i, false});
+        if (form != output_form::readable && is_time_column(columns.at(i))) {
+            exported.push_back({columns.at(i) + QStringLiteral("_utc"), i, true});
+        }
+    }
+    return exported;
+}
+
+QStringList names_of(const std::vector<exported_column> &columns)
+{
+    QStringList names;
+    for (const exported_column &column : columns) {
+        names += column.name;
+    }
+    return names;
+}
+
+row_values values_of(const QSqlQuery &query, const std::vector<exported_column> &columns)
+{
+    row_values values;
+    values.reserve(static_cast<int>(columns.size()));
+    for (const exported_column &column : columns) {
+        const QVariant value = query.value(column.index);
+        values.append(column.is_utc ? QVariant(utc_text_for_tools(value)) : value);
+    }
+    return values;
+}
+
 void show_rows(const result_database &database, const QString &table, output_form form, int limit)
 {
     const QStringList columns = database.columns(table);
+    const std::vector<exported_column> exported = exported_columns(columns, form);
     const auto printer = form == output_form::readable
                              ? make_record_printer(table, columns, filled_columns(database, table, columns, limit))
-                             : make_exact_printer(form, columns);
+                             : make_exact_printer(form, names_of(exported));
     QSqlQuery query = database.select(
         QStringLiteral("SELECT * FROM %1 ORDER BY rowid LIMIT %2").arg(quoted_name(table), QString::number(limit)));
     qint64 shown = 0;
-    row_values values(columns.size());
     while (query.next()) {
-        for (int i = 0; i < columns.size(); ++i) {
-            values[i] = query.value(i);
-        }
-        printer->print_row(values);
+        printer->print_row(values_of(query, exported));
         ++shown;
     }
     database.check_ended_well(query);
     if (form == output_form::readable) {
-        const qint64 all = row_count(database, table);
+        const qint64 all = database.row_count(table);
         print_line(QStringLiteral("%1 of %2 rows of %3%4")
                        .arg(QString::number(shown), QString::number(all), escaped_for_terminal(table),
                             shown < all ? QStringLiteral(" (--limit N shows N rows)") : QString()));
@@ -159,7 +171,7 @@ int command_show(const QStringList &arguments)
         1};
     const output_form form = form_of(given);
     const int limit = given.whole_number("limit", form == output_form::readable ? readable_rows : all_rows);
-    const result_database database(find_database(given.at(0)));
+    const result_database database(find_result_database(given.at(0)));
     const QString table = given.at(1);
     if (table.isEmpty()) {
         show_tables(database, form);

@@ -11,18 +11,8 @@ namespace {
 constexpr qint64 property_list_limit = 64 << 20; // bytes
 constexpr int folder_digits = 2;
 
-struct manifest_kind
-{
-    const char *file_name;
-    std::unique_ptr<backup_manifest> (*open)(const QString &path, const QString &working_folder,
-                                             const std::atomic<bool> &cancel_flag);
-};
-
-// The newer one first: a folder that older software wrote into once holds both.
-constexpr manifest_kind manifest_kinds[] = {
-    {"Manifest.db", open_manifest_database},
-    {"Manifest.mbdb", open_manifest_mbdb},
-};
+constexpr const char *database_name = "Manifest.db";
+constexpr const char *mbdb_name = "Manifest.mbdb";
 
 void warn_of_manifest(const QString &file_name)
 {
@@ -53,14 +43,16 @@ void refuse_encrypted_backup(const QString &root)
 ios_backup::ios_backup(const QString &root_path, const QString &working_folder, const std::atomic<bool> &cancel_flag)
     : root(root_path), boundary(root_path)
 {
-    for (const manifest_kind &kind : manifest_kinds) {
-        const QString file_name = QString::fromLatin1(kind.file_name);
+    // The newer one first: a folder that older software wrote into once holds both.
+    for (const char *name : {database_name, mbdb_name}) {
+        const QString file_name = QString::fromLatin1(name);
         const QFileInfo file(root + file_name);
         if (manifest || !(file.exists() || file.isSymLink())) {
             continue;
         }
         if (boundary.contains_without_links(file.filePath())) {
-            manifest = kind.open(file.filePath(), working_folder, cancel_flag);
+            manifest = name == database_name ? open_manifest_database(file.filePath(), working_folder, cancel_flag)
+                                             : open_manifest_mbdb(file.filePath(), cancel_flag);
         }
         if (!manifest && !cancel_flag) {
             warn_of_manifest(file_name);
@@ -72,12 +64,22 @@ ios_backup::ios_backup(const QString &root_path, const QString &working_folder, 
 QString ios_backup::get_backup_file_path(QString domain_path)
 {
     const device_file file{domain_path.section(QLatin1Char('/'), 0, 0), domain_path.section(QLatin1Char('/'), 1)};
-    const std::optional<QByteArray> listed = manifest ? manifest->name_of(file) : std::nullopt;
-    if (manifest && !listed && !is_warned) {
+    if (!manifest) {
+        return path_of_name(backup_name_of(file));
+    }
+    const std::optional<QByteArray> listed = manifest->name_of(file);
+    QString path = listed ? path_of_name(*listed) : QString();
+    if (!path.isEmpty()) {
+        return path;
+    }
+    path = path_of_name(backup_name_of(file));
+    // A file that the manifest does not list and that is not there is one that the device did not have.
+    const bool is_consistent = listed && listed->isEmpty() && path.isEmpty();
+    if (!is_consistent && !is_warned) {
         is_warned = true;
         warn_of_manifest(manifest_name);
     }
-    return path_of_name(listed.value_or(backup_name_of(file)));
+    return path;
 }
 
 QString ios_backup::path_of_name(const QByteArray &name) const

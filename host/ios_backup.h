@@ -21,8 +21,9 @@ public:
     /// manifest that is there but cannot be believed is told on standard error, once.
     ios_backup(const QString &root, const QString &working_folder, const std::atomic<bool> &cancel_flag);
 
-    /// The file that the manifest names or, where there is no manifest to believe, the one whose name the path gives.
-    /// What is no regular file, or lies behind a link, is not there.
+    /// The file that the manifest names or, where it names none that is there, the one whose name the path gives. What
+    /// is no regular file, or lies behind a link, is not there. A manifest that does not fit the files is told on
+    /// standard error, once.
     QString get_backup_file_path(QString domain_path) override;
 
 private:

@@ -2,6 +2,7 @@
 
 #include "host/command_decipher.h"
 #include "host/command_line.h"
+#include "host/command_report.h"
 #include "host/command_run.h"
 #include "host/command_show.h"
 #include "host/command_tabs.h"
@@ -29,6 +30,7 @@ Usage: mail-extract COMMAND ...
   run SOURCE --result DIR   read a source
   tabs                      the kinds of sources and what can be read of each
   show DIR [TABLE]          the rows that runs have stored
+  report DIR --html FILE    the same as a page to look at, search and print
   decipher LOG              an enciphered log as plain lines
 
 mail-extract COMMAND --help tells more of a command, --version the version.
@@ -80,11 +82,30 @@ Without TABLE: the tables and how many rows they hold. With TABLE: its rows.
   --jsonl     all columns as JSON, one object a line
 
 For reading, columns without any value are left out, times have their date in
-UTC beside them, and control characters are shown as escapes (\x1b).
+UTC beside them, and control characters are shown as escapes (\x1b). CSV and
+JSON have a column NAME_utc behind each time (2020-01-06T10:40:00Z).
 
 Example:
   mail-extract show /case messages --limit 5
   mail-extract show /case messages --csv > messages.csv
+)";
+
+constexpr char report_help[] = R"(Usage: mail-extract report DIR --html FILE [--limit N]
+
+Writes one page for a browser: what was extracted from which source, rows per
+artifact, pictures of messages over time and per mailbox, and the tables, to be
+searched and sorted. The page needs no network and fetches nothing; text of the
+evidence is shown in it, never run.
+  --html FILE  the page; an older report of that name is replaced
+  --limit N    at most N rows of each table (default: 100000); the page says
+               where a table is cut. "show --csv" gives all rows.
+
+DIR is the folder that was given to run as --result, or the database itself. A
+view of the page is kept by its address:
+  case.html#table=messages&q=invoice&sort=-message_date_sent
+
+Example:
+  mail-extract report /case --html case.html
 )";
 
 constexpr char decipher_help[] = R"(Usage: mail-extract decipher LOG
@@ -108,6 +129,7 @@ constexpr command_entry commands[] = {
     {"run", run_help, command_run, true},
     {"tabs", tabs_help, command_tabs, false},
     {"show", show_help, command_show, false},
+    {"report", report_help, command_report, false},
     {"decipher", decipher_help, command_decipher, false},
 };
 
@@ -139,7 +161,8 @@ const command_entry &find_command(const QString &name)
             return command;
         }
     }
-    const QString known = QStringLiteral("the commands are run, tabs, show and decipher (see mail-extract --help)");
+    const QString known =
+        QStringLiteral("the commands are run, tabs, show, report and decipher (see mail-extract --help)");
     throw unusable_input{name.isEmpty() ? QStringLiteral("no command given: %1").arg(known)
                                         : QStringLiteral("there is no command \"%1\": %2").arg(name, known)};
 }

@@ -3,34 +3,100 @@
 #include "host/terminal.h"
 
 #include <algorithm>
+#include <chrono>
 
-progress_display::progress_display(const QString &source, int tabs)
-    : source_text(escaped_for_terminal(source)), tab_total(tabs)
+namespace {
+
+constexpr std::chrono::seconds redrawing_pause{1};
+constexpr qint64 piped_pause = 10000; // milliseconds
+
+// 0:07, 12:30, 1:02:03
+QString duration_text(qint64 milliseconds)
+{
+    constexpr qint64 minute = 60;
+    constexpr qint64 hour = 60 * minute;
+    const qint64 seconds = milliseconds / 1000;
+    const auto two_digits = [](qint64 number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
+    return seconds < hour ? QStringLiteral("%1:%2").arg(QString::number(seconds / minute), two_digits(seconds % minute))
+                          : QStringLiteral("%1:%2:%3")
+                                .arg(QString::number(seconds / hour), two_digits(seconds % hour / minute),
+                                     two_digits(seconds % minute));
+}
+
+} // namespace
+
+progress_display::progress_display(const QString &source, const QStringList &tabs)
+    : source_text(escaped_for_terminal(source)), tab_names(tabs)
 {
     timer.start();
     show();
+    if (stdout_is_terminal()) {
+        redrawing = std::thread([this] { redraw_each_second(); });
+    }
+}
+
+progress_display::~progress_display()
+{
+    stop_redrawing();
 }
 
 void progress_display::slot_rows(qint64 records)
 {
+    const std::lock_guard<std::mutex> lock(mutex);
     rows_so_far = records;
     show();
 }
 
 void progress_display::slot_tabs(int tab_count)
 {
+    const std::lock_guard<std::mutex> lock(mutex);
     tabs_so_far = tab_count;
     show();
 }
 
-QString progress_display::line() const
+void progress_display::redraw_each_second()
+{
+    std::unique_lock<std::mutex> lock(mutex);
+    while (!end_wanted.wait_for(lock, redrawing_pause, [this] { return is_over; })) {
+        show();
+    }
+}
+
+void progress_display::stop_redrawing()
+{
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        is_over = true;
+    }
+    end_wanted.notify_all();
+    if (redrawing.joinable()) {
+        redrawing.join();
+    }
+}
+
+QString progress_display::work(bool is_last) const
+{
+    if (tab_names.isEmpty()) {
+        return QString();
+    }
+    const QString tab_total = QString::number(tab_names.size());
+    if (is_last) {
+        return QStringLiteral("%1 of %2 tabs, ").arg(QString::number(tabs_so_far), tab_total);
+    }
+    return tabs_so_far < tab_names.size()
+               ? QStringLiteral("%1 (tab %2 of %3), ")
+                     .arg(tab_names.at(tabs_so_far), QString::number(tabs_so_far + 1), tab_total)
+               : QStringLiteral("closing, ");
+}
+
+QString progress_display::line(bool is_last) const
 {
     const qint64 milliseconds = timer.elapsed();
     const qint64 rate = milliseconds > 0 ? rows_so_far * 1000 / milliseconds : 0;
-    const QString counts = QStringLiteral(": %1 of %2 tabs, %3 rows, %4 rows/s")
-                               .arg(QString::number(tabs_so_far), QString::number(tab_total),
-                                    QString::number(rows_so_far), QString::number(rate));
-    const QString begin = QStringLiteral("Reading ");
+    const QString counts =
+        QStringLiteral(": %1%2 rows, %3 rows/s, %4")
+            .arg(work(is_last), QString::number(rows_so_far), QString::number(rate), duration_text(milliseconds));
+    const QString begin = is_last ? QStringLiteral("Read ") : QStringLiteral("Reading ");
     if (!stdout_is_terminal()) {
         return begin + source_text + counts;
     }
@@ -43,21 +109,34 @@ QString progress_display::line() const
 
 void progress_display::show()
 {
-    const QString new_line = line();
-    if (new_line == line_shown) {
+    const bool is_closing = !tab_names.isEmpty() && tabs_so_far >= tab_names.size();
+    const bool is_due = stdout_is_terminal() ||
+                        (!is_closing && (tabs_so_far != tabs_shown || timer.elapsed() - shown_at >= piped_pause));
+    if (is_due) {
+        put(line(false));
+    }
+}
+
+void progress_display::put(const QString &line)
+{
+    tabs_shown = tabs_so_far;
+    shown_at = timer.elapsed();
+    if (line == line_shown) {
         return;
     }
     if (stdout_is_terminal()) {
-        print(QLatin1Char('\r') + new_line.leftJustified(line_shown.size()));
+        print(QLatin1Char('\r') + line.leftJustified(line_shown.size()));
     } else {
-        print_line(new_line);
+        print_line(line);
     }
-    line_shown = new_line;
+    line_shown = line;
     flush_output();
 }
 
 void progress_display::finish()
 {
+    stop_redrawing();
+    put(line(true));
     if (stdout_is_terminal()) {
         print_line();
     }

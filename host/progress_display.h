@@ -4,17 +4,25 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
-/// On a terminal one line, redrawn in place; else a line for each change, without control characters.
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+/// On a terminal one line, redrawn in place and at least once a second, since a step without rows reports nothing. Else
+/// a line for each tab and, within a tab, one every ten seconds at most, without control characters.
 class progress_display : public QObject
 {
     Q_OBJECT
 
 public:
-    /// In: what is being read, as shown; how many tabs will be reported as finished.
-    progress_display(const QString &source, int tabs);
+    /// In: what is being read, as shown; the tabs that will be reported as finished, in the order of
+    /// work; none where the count of finished tabs does not tell which is read.
+    progress_display(const QString &source, const QStringList &tabs);
+    ~progress_display() override;
 
-    /// Ends the redrawn line.
+    /// Says in a last line what was read.
     void finish();
 
 public Q_SLOTS:
@@ -22,13 +30,25 @@ public Q_SLOTS:
     void slot_tabs(int tab_count);
 
 private:
-    QString line() const;
+    void redraw_each_second();
+    void stop_redrawing();
+    QString work(bool is_last) const;
+    QString line(bool is_last) const;
     void show();
+    void put(const QString &line);
 
     const QString source_text;
-    const int tab_total;
+    const QStringList tab_names;
+    QElapsedTimer timer;
+
+    std::mutex mutex; // over all that follows
+    std::condition_variable end_wanted;
+    bool is_over = false;
     qint64 rows_so_far = 0;
     int tabs_so_far = 0;
-    QElapsedTimer timer;
+    int tabs_shown = -1;
+    qint64 shown_at = 0; // milliseconds after the start
     QString line_shown;
+
+    std::thread redrawing; // on a terminal
 };

@@ -2,6 +2,7 @@
 
 #include "host/command_line.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
@@ -37,6 +38,23 @@ QString result_database_path(const QString &result_directory)
 {
     return (result_directory.endsWith(QLatin1Char('/')) ? result_directory : result_directory + QLatin1Char('/')) +
            QStringLiteral("Artifacts_Result/Mail/Mail.sqlite");
+}
+
+QString find_result_database(const QString &given)
+{
+    if (QFileInfo(given).isFile()) {
+        return given;
+    }
+    const QDir folder(given);
+    for (const QString &candidate : {result_database_path(given), folder.filePath(QStringLiteral("Mail/Mail.sqlite")),
+                                     folder.filePath(QStringLiteral("Mail.sqlite"))}) {
+        if (!given.isEmpty() && QFileInfo(candidate).isFile()) {
+            return candidate;
+        }
+    }
+    throw unusable_input{
+        QStringLiteral("there is no result database in \"%1\": give the folder that was given to run as --result")
+            .arg(given)};
 }
 
 bool is_sqlite_or_empty(const QString &path)
@@ -121,6 +139,12 @@ QStringList result_database::columns(const QString &table) const
         names += record.fieldName(i);
     }
     return names;
+}
+
+qint64 result_database::row_count(const QString &table) const
+{
+    QSqlQuery query = select(QStringLiteral("SELECT count(*) FROM %1").arg(quoted_name(table)));
+    return query.next() ? query.value(0).toLongLong() : 0;
 }
 
 qint64 result_database::rows_of_source(const QString &table, int source_number) const

@@ -9,6 +9,10 @@
 /// Where a run with this result directory keeps its database.
 QString result_database_path(const QString &result_directory);
 
+/// In: the result directory of a run, any folder on the way down from it, or the database itself. Out: the database.
+/// Throws unusable_input where there is none.
+QString find_result_database(const QString &given);
+
 /// Whether the file is missing, empty or begins as a SQLite database does.
 bool is_sqlite_or_empty(const QString &path);
 
@@ -26,6 +30,8 @@ public:
     /// Names of the tables in the order of their creation.
     const QStringList &tables() const { return table_names; }
     QStringList columns(const QString &table) const;
+
+    qint64 row_count(const QString &table) const;
 
     /// Rows of the table that a source of the case brought; 0 where the table has none or does not exist.
     qint64 rows_of_source(const QString &table, int source_number) const;

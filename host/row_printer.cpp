@@ -1,76 +1,12 @@
 #include "host/row_printer.h"
 
 #include "host/terminal.h"
-
-#include <QDateTime>
-#include <QLocale>
+#include "host/time_columns.h"
+#include "host/value_text.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
-
-// Columns that hold seconds since 1970.
-constexpr const char *time_columns[] = {"application_install_timestamp",
-                                        "arrival_timestamp",
-                                        "content_creation_date",
-                                        "content_modification_date",
-                                        "creation_date",
-                                        "creation_timestamp",
-                                        "date_added",
-                                        "date_opened",
-                                        "dateoflastsync",
-                                        "emlx_file_date_created",
-                                        "end_timestamp",
-                                        "event_timestamp",
-                                        "exp_time",
-                                        "file_modification_date",
-                                        "first_date",
-                                        "fs_content_change_date",
-                                        "fs_creation_date",
-                                        "last_access_timestamp",
-                                        "last_date",
-                                        "last_mailed_timestamp",
-                                        "last_used_date",
-                                        "mailed_timestamp",
-                                        "message_date_received",
-                                        "message_date_sent",
-                                        "message_last_view_date",
-                                        "modification_date",
-                                        "modification_timestamp",
-                                        "recent_interaction_date",
-                                        "start_timestamp",
-                                        "timestamp"};
-
-bool is_time_column(const QString &name)
-{
-    return std::any_of(std::begin(time_columns), std::end(time_columns),
-                       [&](const char *column) { return name == QLatin1String(column); });
-}
-
-// All digits that the number has, and a point, so that a real stays one: 600000000.0, not 6e+08.
-QString real_text(double number)
-{
-    constexpr double longest_written_out = 1e15;
-    if (!std::isfinite(number)) {
-        return number > 0 ? QStringLiteral("Infinity") : QStringLiteral("-Infinity");
-    }
-    const bool is_long = std::fabs(number) >= longest_written_out;
-    const QString text = QString::number(number, is_long ? 'g' : 'f', QLocale::FloatingPointShortest);
-    return is_long || text.contains(QLatin1Char('.')) ? text : text + QStringLiteral(".0");
-}
-
-QString value_text(const QVariant &value)
-{
-    switch (static_cast<QMetaType::Type>(value.type())) {
-    case QMetaType::Double:
-        return real_text(value.toDouble());
-    case QMetaType::QByteArray:
-        return QString::fromLatin1(value.toByteArray().toHex());
-    default:
-        return value.toString();
-    }
-}
 
 class csv_printer : public row_printer
 {
@@ -130,40 +66,6 @@ public:
         }
         print_line(line + QLatin1Char('}'));
     }
-
-private:
-    static QString json_value(const QVariant &value)
-    {
-        if (value.isNull()) {
-            return QStringLiteral("null");
-        }
-        switch (static_cast<QMetaType::Type>(value.type())) {
-        case QMetaType::Int:
-        case QMetaType::LongLong:
-            return value.toString();
-        case QMetaType::Double:
-            return std::isfinite(value.toDouble()) ? value_text(value) : json_text(value_text(value));
-        default:
-            return json_text(value_text(value));
-        }
-    }
-
-    // What could harm a terminal is written as an escape, which means the same to every reader.
-    static QString json_text(const QString &text)
-    {
-        QString quoted(QLatin1Char('"'));
-        for (const QChar character : text) {
-            if (character == QLatin1Char('"') || character == QLatin1Char('\\')) {
-                quoted += QLatin1Char('\\');
-                quoted += character;
-            } else if (is_unsafe_for_terminal(character)) {
-                quoted += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
-            } else {
-                quoted += character;
-            }
-        }
-        return quoted + QLatin1Char('"');
-    }
 };
 
 class record_printer : public row_printer
@@ -211,19 +113,6 @@ private:
 };
 
 } // namespace
-
-QString utc_text(const QVariant &seconds)
-{
-    constexpr double first_second = -62135596800.0; // 0001-01-01
-    constexpr double last_second = 253402300799.0;  // 9999-12-31
-    bool is_number = false;
-    const double number = seconds.toDouble(&is_number);
-    if (!is_number || !(number >= first_second && number <= last_second)) {
-        return QString();
-    }
-    return QLocale::c().toString(QDateTime::fromSecsSinceEpoch(static_cast<qint64>(std::floor(number)), Qt::UTC),
-                                 QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'"));
-}
 
 std::unique_ptr<row_printer> make_csv_printer(const QStringList &columns)
 {

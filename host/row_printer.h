@@ -37,7 +37,3 @@ std::unique_ptr<row_printer> make_json_lines_printer(const QStringList &columns)
 /// columns of these indexes.
 std::unique_ptr<row_printer> make_record_printer(const QString &table, const QStringList &columns,
                                                  const QVector<int> &shown);
-
-/// In: seconds since 1970 as stored. Out: "2020-01-06 10:40:00 UTC"; empty where the value is no number of seconds that
-/// lies in the years 1 to 9999.
-QString utc_text(const QVariant &seconds);

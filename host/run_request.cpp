@@ -147,11 +147,20 @@ bool is_ios_backup(const run_request &request)
     return QLatin1String(request.scheme->internal_name) == QLatin1String("iOS_UID");
 }
 
-int reported_tabs(const run_request &request)
+QStringList reported_tabs(const run_request &request)
 {
-    int reported = 0;
+    QStringList reported;
     for (const tab_entry *tab : tabs_of(*request.scheme)) {
-        reported += tab->counts_when_finished && request.tabs.contains(QLatin1String(tab->name)) ? 1 : 0;
+        const QString name = QString::fromLatin1(tab->name);
+        if (!request.tabs.contains(name)) {
+            continue;
+        }
+        if (tab->reported == tab_report::varies) {
+            return {};
+        }
+        if (tab->reported == tab_report::once) {
+            reported += name;
+        }
     }
     return reported;
 }

@@ -28,5 +28,6 @@ run_request checked_run_request(const QStringList &arguments);
 /// Whether the source is a backup, whose files are reached through an ios_uid_backup_parser.
 bool is_ios_backup(const run_request &request);
 
-/// How many of the request's tabs the plug-in reports as finished.
-int reported_tabs(const run_request &request);
+/// Those of the request's tabs that the plug-in reports as finished, in the order of its work. Empty where its count of
+/// finished tabs does not tell which they are.
+QStringList reported_tabs(const run_request &request);

@@ -10,34 +10,38 @@ constexpr scheme_entry schemes[] = {
     {"winOS",       "Windows",         "a Windows volume, or one profile (--home)",    true},
 };
 
+constexpr tab_report once = tab_report::once;
+constexpr tab_report never = tab_report::never;
+constexpr tab_report varies = tab_report::varies;
+
 constexpr tab_entry tabs[] = {
-    {"macOS",       "signature",                  "signatures with their text, and the accounts that use them", true},
-    {"macOS",       "accounts",                   "mail accounts with their servers and mailboxes",          true},
-    {"macOS",       "vip_contacts",               "senders marked as VIP",                                   true},
-    {"macOS",       "rules",                      "mail rules: conditions and actions",                      true},
-    {"macOS",       "smart_mailboxes",            "smart mailboxes and their conditions",                    true},
-    {"macOS",       "preferences",                "Mail's settings as readable labels and values",           true},
-    {"macOS",       "messages",                   "messages with their emlx files",                          true},
-    {"macOS",       "all_attachments",            "attachments, with their files on disk",                   true},
-    {"macOS",       "open_attachments",           "attachments that were opened from Mail",                  true},
+    {"macOS",       "signature",                  "signatures with their text, and the accounts that use them", once},
+    {"macOS",       "accounts",                   "mail accounts with their servers and mailboxes",          once},
+    {"macOS",       "vip_contacts",               "senders marked as VIP",                                   once},
+    {"macOS",       "rules",                      "mail rules: conditions and actions",                      once},
+    {"macOS",       "smart_mailboxes",            "smart mailboxes and their conditions",                    once},
+    {"macOS",       "preferences",                "Mail's settings as readable labels and values",           once},
+    {"macOS",       "messages",                   "messages with their emlx files",                          once},
+    {"macOS",       "all_attachments",            "attachments, with their files on disk",                   once},
+    {"macOS",       "open_attachments",           "attachments that were opened from Mail",                  once},
 
-    {"iOS_UID",     "contacts",                   "contacts of the address book",                            true},
-    {"iOS_UID",     "recents",                    "addresses lately written to or received from",            true},
-    {"iOS_UID",     "accounts",                   "mail accounts",                                           true},
-    {"iOS_UID",     "vip_contacts",               "senders marked as VIP",                                   true},
-    {"iOS_UID",     "preferences",                "Mail's settings",                                         true},
+    {"iOS_UID",     "contacts",                   "contacts of the address book",                            varies},
+    {"iOS_UID",     "recents",                    "addresses lately written to or received from",            once},
+    {"iOS_UID",     "accounts",                   "mail accounts",                                           once},
+    {"iOS_UID",     "vip_contacts",               "senders marked as VIP",                                   once},
+    {"iOS_UID",     "preferences",                "Mail's settings",                                         once},
 
-    {"iOS_Uniform", "accounts",                   "the mail account of the device",                          true},
-    {"iOS_Uniform", "messages",                   "messages of the mail index, with their emlx files",       true},
+    {"iOS_Uniform", "accounts",                   "the mail account of the device",                          once},
+    {"iOS_Uniform", "messages",                   "messages of the mail index, with their emlx files",       once},
 
-    {"winOS",       "appointments",               "calendar appointments",                                   true},
-    {"winOS",       "all_attachments",            "attachments sent and received",                           false},
-    {"winOS",       "messages",                   "messages",                                                true},
-    {"winOS",       "contacts",                   "contacts",                                                true},
-    {"winOS",       "call_history",               "calls",                                                   true},
-    {"winOS",       "mail_data",                  "message body files beside the store",                     true},
-    {"winOS",       "received_attachments_files", "files of received attachments",                           true},
-    {"winOS",       "mailconversation",           "conversations",                                           true},
+    {"winOS",       "appointments",               "calendar appointments",                                   once},
+    {"winOS",       "all_attachments",            "attachments sent and received",                           never},
+    {"winOS",       "messages",                   "messages",                                                once},
+    {"winOS",       "contacts",                   "contacts",                                                once},
+    {"winOS",       "call_history",               "calls",                                                   once},
+    {"winOS",       "mail_data",                  "message body files beside the store",                     once},
+    {"winOS",       "received_attachments_files", "files of received attachments",                           once},
+    {"winOS",       "mailconversation",           "conversations",                                           once},
 };
 // clang-format on
 

@@ -14,12 +14,20 @@ struct scheme_entry
     bool has_home_folders;     ///< whether its data lie in home folders below "Users"
 };
 
+/// How often the plug-in reports a tab as finished.
+enum class tab_report
+{
+    never,
+    once,
+    varies ///< from not at all to twice, as the source has them
+};
+
 struct tab_entry
 {
     const char *scheme;
     const char *name; ///< the tab's and its result table's
     const char *holds;
-    bool counts_when_finished; ///< whether the plug-in reports the tab as finished
+    tab_report reported;
 };
 
 /// All schemes, in the plug-in's order.

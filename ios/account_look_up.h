@@ -32,8 +32,9 @@ public:
                     const account_look_up_failures &failures, const std::atomic<bool> &cancel_flag);
 
     bool open();
-    /// Out: the account of that identifier, of several the last one; an empty one when the database holds none. None
-    /// when the look-up fails, which is logged, or the extraction is cancelled.
+    /// Out: the account of that identifier, of several the last one, with the last description that any of them has; an
+    /// empty one when the database holds none, as it does of a null identifier. None when the look-up fails, which is
+    /// logged, or the extraction is cancelled.
     std::optional<account_record> account_of(const QString &identifier);
 
 private:
@@ -42,4 +43,6 @@ private:
     source_query account_rows;
     source_query parent_rows;
     const std::atomic<bool> &is_cancelled;
+    QString last_identifier;
+    std::optional<account_record> last_account;
 };

@@ -3,13 +3,16 @@
 
 #include "core/extractor_frame.h"
 #include "core/ios_uid_backup_parser.h"
+#include "core/row_writer.h"
 
 #include <memory>
 #include <optional>
 
-class row_writer;
+class account_look_up;
+class property_list_value;
 class short_message_reader;
 class source_query;
+struct account_record;
 
 class mail_ios_uid : public extractor_frame
 {
@@ -78,36 +81,45 @@ private:
     row_paths paths_of_list_and_accounts() const;
 
     // --- Table contacts: mail_ios_uid_contacts.cpp -------------------------------------------------------------------
+    struct contacts_database;
+
     void extract_mailContact();
     void extract_mailContact_11();
+    void extract_contacts(const contacts_database &kind);
 
     // --- Table recents: mail_ios_uid_recents.cpp ---------------------------------------------------------------------
     struct recent_metadata;
     struct metadata_conversion;
+    struct recent_details;
 
     void extract_mail_recents();
     row_paths paths_of_recents() const;
+    /// Out: none when what belongs to the recent cannot be read, which is logged, and when the extraction is cancelled.
+    std::optional<row_values> row_of_recent(source_query &recent, recent_details &details, const row_paths &paths);
     /// Out: false when the metadata cannot be read, which is logged, and when the extraction is cancelled.
-    bool read_metadata(source_query &metadata_rows, const QString &recent_id, metadata_conversion &conversion,
-                       recent_metadata &metadata);
-    /// Out: the XML text of a value; none when it cannot be converted, which is logged, and when the extraction is
+    bool read_metadata(recent_details &details, const QString &recent_id, recent_metadata &metadata);
+    /// Out: the XML text of a value; null when it cannot be converted, which is logged, and when the extraction is
     /// cancelled.
-    std::optional<QByteArray> converted_metadata(const QString &name, const QByteArray &value,
-                                                 metadata_conversion &conversion);
-    static QByteArray xml_from_this_process(const QString &xml_name, const QByteArray &value,
+    QByteArray converted_metadata(const QString &name, const QByteArray &value, metadata_conversion &conversion);
+    /// The two roads to it. Out: none when the extraction is cancelled meanwhile.
+    std::optional<QByteArray> xml_from_this_process(const QString &xml_name, const QByteArray &value,
+                                                    metadata_conversion &conversion);
+    std::optional<QByteArray> xml_from_tool(const QString &xml_name, const QString &list_name,
                                             metadata_conversion &conversion);
-    /// Out: false when the extraction is cancelled meanwhile.
-    bool run_conversion_tool(const QString &tool, const QString &list_path, const QString &xml_path);
     /// Out: the text of the short message of that guid; empty when there is none, or no sms.db.
     QString mail_message_sms_text(const QString &guid);
 
     // --- Table accounts: mail_ios_uid_accounts.cpp -------------------------------------------------------------------
     void xcode_extract_mail_accounts();
+    bool open_accounts(std::optional<account_look_up> &accounts, const operation_log &log);
+    row_values row_of_account(const property_list_value &entry, bool syncs_read_state,
+                              const account_record &account) const;
     /// The working copy of the account database, one a run; empty when the backup has none.
     QString accounts_working_copy();
 
     // --- Table vip_contacts: mail_ios_uid_vip.cpp --------------------------------------------------------------------
     void xcode_extract_mail_vip_senders();
+    row_values row_of_sender(const QString &key, const property_list_value &sender, const QString &account) const;
     void xcode_extract_mail_vip_contacts();
 
     // --- Table preferences: mail_ios_uid_preferences.cpp -------------------------------------------------------------

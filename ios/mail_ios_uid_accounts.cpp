@@ -56,7 +56,6 @@ void mail_ios_uid::xcode_extract_mail_accounts()
         return;
     }
     row_writer rows{*this, destination, log, insert_account, insert_failure};
-    const row_paths paths = paths_of_list_and_accounts();
     std::optional<account_look_up> accounts; // opened by the first entry that asks for it
     for (const property_list_value &entry : entries.elements()) {
         if (cancel_extraction_bool) {
@@ -71,35 +70,44 @@ void mail_ios_uid::xcode_extract_mail_accounts()
             log("[xcode_extract_mail_accounts] stateRestore_var == nil, Continue");
             continue;
         }
-        if (!accounts) {
-            const QString copy = accounts_working_copy();
-            if (copy.isEmpty()) {
-                return;
-            }
-            accounts.emplace(log, copy, accounts_file_QString, look_up_failures, cancel_extraction_bool);
-            if (!accounts->open()) {
-                return;
-            }
+        if (!accounts && !open_accounts(accounts, log)) {
+            return;
         }
-        const QString unique_id = entry.object_for_key("uniqueID").text();
-        const std::optional<account_record> account = accounts->account_of(unique_id);
+        const std::optional<account_record> account = accounts->account_of(entry.object_for_key("uniqueID").text());
         if (!account) {
             return;
         }
-        rows.insert({
-            {"display_name", entry.object_for_key("name").text()},
-            {"unique_id", unique_id},
-            {"syncs_read_state", syncs_read_state == QLatin1String("1") ? QStringLiteral("YES") : QStringLiteral("NO")},
-            {"date_added", account->date_added},
-            {"account_description", account->description},
-            {"owner_bundle_id", account->owner_bundle_id},
-            {"user_name", account->user_name},
-            {"source_file", paths.source_file},
-            {"artifacts_relation_source_file", paths.artifacts_relation_source_file},
-            {"source_count_name", plugin_static_function::get_source_count_name()},
-            {"os_scheme_display", os_scheme_display_QString},
-        });
+        rows.insert(row_of_account(entry, syncs_read_state == QLatin1String("1"), *account));
     }
     destination.finish();
     log("[xcode_extract_mail_accounts] Ends");
+}
+
+bool mail_ios_uid::open_accounts(std::optional<account_look_up> &accounts, const operation_log &log)
+{
+    const QString copy = accounts_working_copy();
+    if (copy.isEmpty()) {
+        return false;
+    }
+    accounts.emplace(log, copy, accounts_file_QString, look_up_failures, cancel_extraction_bool);
+    return accounts->open();
+}
+
+row_values mail_ios_uid::row_of_account(const property_list_value &entry, bool syncs_read_state,
+                                        const account_record &account) const
+{
+    const row_paths paths = paths_of_list_and_accounts();
+    return {
+        {"display_name", entry.object_for_key("name").text()},
+        {"unique_id", entry.object_for_key("uniqueID").text()},
+        {"syncs_read_state", syncs_read_state ? QStringLiteral("YES") : QStringLiteral("NO")},
+        {"date_added", account.date_added},
+        {"account_description", account.description},
+        {"owner_bundle_id", account.owner_bundle_id},
+        {"user_name", account.user_name},
+        {"source_file", paths.source_file},
+        {"artifacts_relation_source_file", paths.artifacts_relation_source_file},
+        {"source_count_name", plugin_static_function::get_source_count_name()},
+        {"os_scheme_display", os_scheme_display_QString},
+    };
 }

@@ -84,99 +84,121 @@ constexpr person_column person_columns[] = {
 };
 // clang-format on
 
+row_values contact_of(const source_query &contact)
+{
+    return {
+        {"bookmark", QStringLiteral("0")}, {"recent_id", contact.text_at(0)}, {"display_name", contact.text_at(1)},
+        {"kind", contact.text_at(2)},      {"address", contact.text_at(3)},
+    };
+}
+
+row_values person_of(const source_query &person)
+{
+    row_values values;
+    int position = 0;
+    for (const person_column &column : person_columns) {
+        const QString value = person.text_at(position++);
+        values.push_back({column.name, column.form == stored_as::apple_time
+                                           ? plugin_static_function::convert_apple_time_to_epoch(value)
+                                           : value});
+    }
+    return values;
+}
+
 } // namespace
+
+// What the readers of the two databases differ in.
+struct mail_ios_uid::contacts_database
+{
+    operation_log log;
+    const char *start_line;
+    const char *end_line;
+    QString mail_ios_uid::*file;
+    QString mail_ios_uid::*domain_path;
+    const failure_text &destination_failure;
+    const failure_text &open_failure;
+    const char *select;
+    const char *row_id; // in the statement
+    const failure_text &select_failure;
+    const char *insert;
+    const failure_text &insert_failure;
+    row_values (*values_of)(const source_query &row);
+};
 
 void mail_ios_uid::extract_mailContact()
 {
-    static constexpr operation_log log{"void mail_ios_uid::extract_mailContact()"};
-    log("[extract_mailContact] -Start");
-    const QString recents_copy = plugin_helper_obj->get_adhoc_path_for_database(recents_file_QString);
-    if (recents_copy.isEmpty()) {
+    static constexpr contacts_database recents{operation_log{"void mail_ios_uid::extract_mailContact()"},
+                                               "[extract_mailContact] -Start",
+                                               "[extract_mailContact] -End",
+                                               &mail_ios_uid::recents_file_QString,
+                                               &mail_ios_uid::recents_domain_QString,
+                                               recents_destination_failure,
+                                               recents_open_failure,
+                                               select_contacts,
+                                               "ROWID",
+                                               select_contacts_failure,
+                                               insert_contact,
+                                               insert_contact_failure,
+                                               contact_of};
+    extract_contacts(recents);
+}
+
+void mail_ios_uid::extract_mailContact_11()
+{
+    static constexpr contacts_database address_book{operation_log{"void mail_ios_uid::extract_mailContact_11()"},
+                                                    "[extract_mailContact_11] -Start",
+                                                    "[extract_mailContact_11] -End",
+                                                    &mail_ios_uid::address_book_file_QString,
+                                                    &mail_ios_uid::address_book_domain_QString,
+                                                    book_destination_failure,
+                                                    book_open_failure,
+                                                    select_persons,
+                                                    "ABPerson.ROWID",
+                                                    select_persons_failure,
+                                                    insert_person,
+                                                    insert_person_failure,
+                                                    person_of};
+    extract_contacts(address_book);
+}
+
+void mail_ios_uid::extract_contacts(const contacts_database &kind)
+{
+    const operation_log &log = kind.log;
+    log(kind.start_line);
+    const QString copy = plugin_helper_obj->get_adhoc_path_for_database(this->*kind.file);
+    if (copy.isEmpty()) {
         return;
     }
     result_session destination{log, destination_db_path_QString};
-    if (!destination.open(recents_destination_failure)) {
+    if (!destination.open(kind.destination_failure)) {
         return;
     }
-    source_session recents{log, recents_copy, cancel_extraction_bool};
-    if (!recents.open(recents_open_failure)) {
+    source_session source{log, copy, cancel_extraction_bool};
+    if (!source.open(kind.open_failure)) {
         return;
     }
-    source_query contacts{recents, log, select_contacts, select_contacts_failure};
+    source_query contacts{source, log, kind.select, kind.select_failure};
+    contacts.leave_out_large_values(kind.row_id);
     if (!contacts.execute()) {
         return;
     }
-    row_writer rows{*this, destination, log, insert_contact, insert_contact_failure};
-    const row_paths paths = paths_of(recents_file_QString, recents_domain_QString);
+    row_writer rows{*this, destination, log, kind.insert, kind.insert_failure};
+    const row_paths paths = paths_of(this->*kind.file, this->*kind.domain_path);
     const QString source_count_name = plugin_static_function::get_source_count_name();
     while (contacts.next()) {
         if (cancel_extraction_bool) {
             return;
         }
-        rows.insert({
-            {"bookmark", QStringLiteral("0")},
-            {"recent_id", contacts.text("recent_id")},
-            {"display_name", contacts.text("display_name")},
-            {"kind", contacts.text("kind")},
-            {"address", contacts.text("address")},
-            {"source_file", paths.source_file},
-            {"artifacts_relation_source_file", paths.artifacts_relation_source_file},
-            {"source_count_name", source_count_name},
-            {"os_scheme_display", os_scheme_display_QString},
-        });
-    }
-    if (contacts.was_cancelled()) {
-        return;
-    }
-    destination.finish();
-    log("[extract_mailContact] -End");
-}
-
-void mail_ios_uid::extract_mailContact_11()
-{
-    static constexpr operation_log log{"void mail_ios_uid::extract_mailContact_11()"};
-    log("[extract_mailContact_11] -Start");
-    const QString book_copy = plugin_helper_obj->get_adhoc_path_for_database(address_book_file_QString);
-    if (book_copy.isEmpty()) {
-        return;
-    }
-    result_session destination{log, destination_db_path_QString};
-    if (!destination.open(book_destination_failure)) {
-        return;
-    }
-    source_session address_book{log, book_copy, cancel_extraction_bool};
-    if (!address_book.open(book_open_failure)) {
-        return;
-    }
-    source_query persons{address_book, log, select_persons, select_persons_failure};
-    if (!persons.execute()) {
-        return;
-    }
-    row_writer rows{*this, destination, log, insert_person, insert_person_failure};
-    const row_paths paths = paths_of(address_book_file_QString, address_book_domain_QString);
-    const QString source_count_name = plugin_static_function::get_source_count_name();
-    while (persons.next()) {
-        if (cancel_extraction_bool) {
-            return;
-        }
-        row_values row;
-        row.reserve(std::size(person_columns) + 4);
-        int position = 0;
-        for (const person_column &column : person_columns) {
-            const QString value = persons.text_at(position++);
-            row.push_back({column.name, column.form == stored_as::apple_time
-                                            ? plugin_static_function::convert_apple_time_to_epoch(value)
-                                            : value});
-        }
+        row_values row = kind.values_of(contacts);
         row.push_back({"source_file", paths.source_file});
         row.push_back({"artifacts_relation_source_file", paths.artifacts_relation_source_file});
         row.push_back({"source_count_name", source_count_name});
         row.push_back({"os_scheme_display", os_scheme_display_QString});
         rows.insert(row);
     }
-    if (persons.was_cancelled()) {
+    if (contacts.was_cancelled()) {
         return;
     }
     destination.finish();
-    log("[extract_mailContact_11] -End");
+    log(kind.end_line);
 }

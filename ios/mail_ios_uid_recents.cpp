@@ -1,4 +1,4 @@
-// Table recents: one row an address that was used recently, with whom it was used with and what its metadata tell. A
+// Table recents: one row an address that was used recently, with whom it was used and what its metadata tell. A
 // metadata value is a property list in a blob; it is turned into XML text, and the few values are cut out of that.
 #include "core/joined_text.h"
 #include "core/look_up_table.h"
@@ -46,7 +46,8 @@ constexpr const char *insert_recent =
     "values(0,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
 constexpr failure_text insert_recent_failure{"[extract_mail_recents]Insertion Query -----FAILED-----", "", "", false};
 
-constexpr qint64 xml_size_limit = 64 << 20; // bytes of a file that the platform's tool wrote
+constexpr qint64 xml_size_limit = 64 << 20;                 // bytes of a file that the platform's tool wrote
+constexpr qint64 converted_size_limit = Q_INT64_C(4) << 30; // bytes of all files of a run, lists and XML
 
 // --- Times -----------------------------------------------------------------------------------------------------------
 
@@ -85,14 +86,15 @@ QString seconds_of_list(const QString &times, const std::atomic<bool> &cancel_fl
 // --- Receivers -------------------------------------------------------------------------------------------------------
 
 // Out: those who were addressed, as many as the recent counts; false when the look-up fails or is cut off.
-bool read_receivers(source_query &contacts, const QString &recent_id, const QString &count, QString &details)
+bool read_receivers(source_query &contacts, const QString &recent_id, const QString &count,
+                    const std::atomic<bool> &cancel_flag, QString &details)
 {
     if (!contacts.execute({recent_id})) {
         return false;
     }
     joined_text receivers{recents_log};
     int i = 0;
-    while (contacts.next() && QString::number(i) != count) {
+    while (contacts.next() && !cancel_flag && QString::number(i) != count) {
         receivers.append(QLatin1String(i == 0 ? "Display Name: " : ";;Display Name: ") + contacts.text("display_name") +
                              QLatin1String(";Kind: ") + contacts.text("kind") + QLatin1String(";Address: ") +
                              contacts.text("address"),
@@ -100,7 +102,7 @@ bool read_receivers(source_query &contacts, const QString &recent_id, const QStr
         ++i;
     }
     details = receivers.text();
-    return !contacts.was_cancelled();
+    return !contacts.was_cancelled() && !cancel_flag;
 }
 
 // --- Values in the XML text of a property list -----------------------------------------------------------------------
@@ -158,6 +160,7 @@ struct mail_ios_uid::metadata_conversion
     QString tool; // the platform's; empty where it has none
     working_folder folder;
     QElapsedTimer since_event_loop{}; // was turned last; not valid before the first time
+    qint64 size = 0;                  // bytes of the files so far
 
     // A conversion takes less time than asking the system for events does, so not each of them asks.
     void turn_event_loop()
@@ -168,6 +171,37 @@ struct mail_ios_uid::metadata_conversion
             since_event_loop.start();
         }
     }
+
+    // Blobs of a few kilobytes can unfold to more than the disk of the examiner holds. Out: whether there is room left.
+    bool has_room() const { return size <= converted_size_limit; }
+    void count(qint64 bytes)
+    {
+        const bool had_room = has_room();
+        size += bytes;
+        if (had_room && !has_room()) {
+            recents_log("converted metadata larger than 4 GiB -----FAILED-----, the rest is left out");
+        }
+    }
+};
+
+// What belongs to a recent, read from the side tables of its database.
+struct mail_ios_uid::recent_details
+{
+    recent_details(source_session &source, metadata_conversion &&metadata_conversion)
+        : contacts{source, recents_log, select_contacts, side_query_failure}, metadata{source, recents_log,
+                                                                                       select_metadata,
+                                                                                       side_query_failure},
+          conversion(std::move(metadata_conversion))
+    {
+        make_look_up_fast(source, contacts_of_recent);
+        make_look_up_fast(source, metadata_of_recent);
+        contacts.leave_out_large_values("ROWID");
+        metadata.leave_out_large_values("ROWID");
+    }
+
+    source_query contacts;
+    source_query metadata;
+    metadata_conversion conversion;
 };
 
 // --- Metadata --------------------------------------------------------------------------------------------------------
@@ -177,27 +211,15 @@ void mail_ios_uid::slot_process_finished(int)
     process_finished_bool = true;
 }
 
-bool mail_ios_uid::run_conversion_tool(const QString &tool, const QString &list_path, const QString &xml_path)
-{
-    process_finished_bool = false;
-    property_list_tool process(tool, list_path, xml_path, [this](int exit_code) { slot_process_finished(exit_code); });
-    recents_log(" : running");
-    while (!process_finished_bool) {
-        if (cancel_extraction_bool) {
-            return false;
-        }
-        process.turn_event_loop();
-    }
-    recents_log(" : infinite loop cross");
-    return true;
-}
-
-// Out: the XML text, which stands in its file then; null when it does not.
-QByteArray mail_ios_uid::xml_from_this_process(const QString &xml_name, const QByteArray &value,
-                                               metadata_conversion &conversion)
+// The XML text stands in its file then.
+std::optional<QByteArray> mail_ios_uid::xml_from_this_process(const QString &xml_name, const QByteArray &value,
+                                                              metadata_conversion &conversion)
 {
     recents_log(" : running");
     conversion.turn_event_loop();
+    if (cancel_extraction_bool) {
+        return std::nullopt;
+    }
     const QByteArray xml = property_list_as_xml(value);
     recents_log(" : infinite loop cross");
     if (xml.isNull()) {
@@ -209,56 +231,69 @@ QByteArray mail_ios_uid::xml_from_this_process(const QString &xml_name, const QB
 
 // The file of an earlier conversion under the same name is gone before the next one: what a recent is said to hold must
 // never be read from another's.
-std::optional<QByteArray> mail_ios_uid::converted_metadata(const QString &name, const QByteArray &value,
-                                                           metadata_conversion &conversion)
+std::optional<QByteArray> mail_ios_uid::xml_from_tool(const QString &xml_name, const QString &list_name,
+                                                      metadata_conversion &conversion)
+{
+    const QString path = tmp_directory_QString + QLatin1Char('/');
+    conversion.folder.remove(xml_name);
+    process_finished_bool = false;
+    property_list_tool process(conversion.tool, path + list_name, path + xml_name,
+                               [this](int exit_code) { slot_process_finished(exit_code); });
+    recents_log(" : running");
+    while (!process_finished_bool && !cancel_extraction_bool) {
+        process.turn_event_loop();
+    }
+    if (cancel_extraction_bool) { // the tool may have been ended by what cancelled the run
+        return std::nullopt;
+    }
+    recents_log(" : infinite loop cross");
+    return conversion.folder.read(xml_name, xml_size_limit);
+}
+
+QByteArray mail_ios_uid::converted_metadata(const QString &name, const QByteArray &value,
+                                            metadata_conversion &conversion)
 {
     const QString list_name = name + QLatin1String(".plist");
     const QString xml_name = name + QLatin1String(".xml");
     const QString path = tmp_directory_QString + QLatin1Char('/');
-    working_folder &folder = conversion.folder;
-    if (!folder.write(list_name, value)) {
-        recents_log.failure(list_file_failure, path + list_name, folder.error_text());
-        return std::nullopt;
+    if (!conversion.folder.write(list_name, value)) {
+        recents_log.failure(list_file_failure, path + list_name, conversion.folder.error_text());
+        return QByteArray();
     }
-    QByteArray xml;
-    if (conversion.tool.isEmpty()) {
-        xml = xml_from_this_process(xml_name, value, conversion);
-    } else {
-        folder.remove(xml_name);
-        if (!run_conversion_tool(conversion.tool, path + list_name, path + xml_name)) {
-            return std::nullopt;
-        }
-        xml = folder.read(xml_name, xml_size_limit);
+    const std::optional<QByteArray> xml = conversion.tool.isEmpty() ? xml_from_this_process(xml_name, value, conversion)
+                                                                    : xml_from_tool(xml_name, list_name, conversion);
+    if (!xml) {
+        return QByteArray();
     }
-    if (xml.isNull()) {
-        recents_log.failure(xml_file_failure, path + xml_name, folder.error_text());
-        return std::nullopt;
+    conversion.count(value.size() + xml->size());
+    if (xml->isNull()) {
+        recents_log.failure(xml_file_failure, path + xml_name, conversion.folder.error_text());
     }
-    return xml;
+    return *xml;
 }
 
-bool mail_ios_uid::read_metadata(source_query &metadata_rows, const QString &recent_id, metadata_conversion &conversion,
-                                 recent_metadata &metadata)
+bool mail_ios_uid::read_metadata(recent_details &details, const QString &recent_id, recent_metadata &metadata)
 {
-    if (!metadata_rows.execute({recent_id})) {
+    source_query &rows = details.metadata;
+    if (!rows.execute({recent_id})) {
         return false;
     }
-    while (metadata_rows.next() && !cancel_extraction_bool) {
-        const QString key = metadata_rows.text("key");
-        const std::optional<QByteArray> xml = converted_metadata(
-            key + metadata_rows.text("recent_id"), metadata_rows.bytes_at(metadata_value_position), conversion);
-        if (!xml) {
+    while (rows.next() && !cancel_extraction_bool && details.conversion.has_room()) {
+        const QString key = rows.text("key");
+        const QByteArray xml = converted_metadata(key + rows.text("recent_id"), rows.bytes_at(metadata_value_position),
+                                                  details.conversion);
+        if (xml.isNull()) {
             continue;
         }
         if (key == QLatin1String("corerecents:event-time")) {
-            metadata.event_date = without_zone_letter(value_between(date_markers, *xml));
+            metadata.event_date = without_zone_letter(value_between(date_markers, xml));
         } else if (key == QLatin1String("corerecents:subject")) {
-            metadata.subject = value_between(string_markers, *xml);
+            metadata.subject = value_between(string_markers, xml);
         } else if (key == QLatin1String("corerecents:reference-url")) {
-            metadata.text = mail_message_sms_text(message_guid_of(value_between(string_markers, *xml)));
+            metadata.text = mail_message_sms_text(message_guid_of(value_between(string_markers, xml)));
         }
     }
-    return !metadata_rows.was_cancelled() && !cancel_extraction_bool;
+    return !rows.was_cancelled() && !cancel_extraction_bool;
 }
 
 QString mail_ios_uid::mail_message_sms_text(const QString &guid)
@@ -295,59 +330,63 @@ void mail_ios_uid::extract_mail_recents()
     if (!source.open(source_failure)) {
         return;
     }
-    make_look_up_fast(source, contacts_of_recent);
-    make_look_up_fast(source, metadata_of_recent);
+    recent_details details{source,
+                           {property_list_tool::path(source_root_path_QString), working_folder(tmp_directory_QString)}};
     source_query recents{source, log, select_recents, select_recents_failure};
+    recents.leave_out_large_values("ROWID");
     if (!recents.execute()) {
         return;
     }
-    source_query contacts{source, log, select_contacts, side_query_failure};
-    source_query metadata_rows{source, log, select_metadata, side_query_failure};
-    metadata_conversion conversion{property_list_tool::path(), working_folder(tmp_directory_QString)};
     const auto close_short_messages = qScopeGuard([this] { short_messages.reset(); });
-
     row_writer rows{*this, destination, log, insert_recent, insert_recent_failure};
     const row_paths paths = paths_of_recents();
-    const QString source_count_name = plugin_static_function::get_source_count_name();
     while (recents.next()) {
         if (cancel_extraction_bool) {
             return;
         }
-        const QString recent_id = recents.text_at(row_id_position);
-        QString receivers;
-        recent_metadata metadata;
-        const bool is_read = read_receivers(contacts, recent_id, recents.text("count"), receivers) &&
-                             read_metadata(metadata_rows, recent_id, conversion, metadata);
+        const std::optional<row_values> row = row_of_recent(recents, details, paths);
         if (cancel_extraction_bool) { // what was cut off must not stand in a row
             return;
         }
-        if (!is_read) {
-            continue;
+        if (row) {
+            rows.insert(*row);
         }
-        rows.insert({
-            {"last_receiver_display_name", recents.text("display_name")},
-            {"bundle_id", recents.text("bundle_identifier")},
-            {"sender_address", recents.text("sending_address")},
-            {"original_source", recents.text("original_source")},
-            {"mailed_timestamp", seconds_of_list(recents.text("dates"), cancel_extraction_bool)},
-            {"last_mailed_timestamp", seconds_of(recents.text("last_date"))},
-            {"record_hash", recents.text("record_hash")},
-            {"receiver_count", recents.text("count")},
-            {"receiver_details", receivers},
-            {"subject", metadata.subject},
-            {"text", metadata.text},
-            {"event_timestamp", plugin_static_function::convert_T_Z_time_to_epoch(metadata.event_date)},
-            {"source_file", paths.source_file},
-            {"artifacts_relation_source_file", paths.artifacts_relation_source_file},
-            {"source_count_name", source_count_name},
-            {"os_scheme_display", os_scheme_display_QString},
-        });
     }
     if (recents.was_cancelled()) {
         return;
     }
     destination.finish();
     log("[extract_mail_recents] -End");
+}
+
+std::optional<row_values> mail_ios_uid::row_of_recent(source_query &recent, recent_details &details,
+                                                      const row_paths &paths)
+{
+    const QString recent_id = recent.text_at(row_id_position);
+    QString receivers;
+    recent_metadata metadata;
+    if (!read_receivers(details.contacts, recent_id, recent.text("count"), cancel_extraction_bool, receivers) ||
+        !read_metadata(details, recent_id, metadata)) {
+        return std::nullopt;
+    }
+    return row_values{
+        {"last_receiver_display_name", recent.text("display_name")},
+        {"bundle_id", recent.text("bundle_identifier")},
+        {"sender_address", recent.text("sending_address")},
+        {"original_source", recent.text("original_source")},
+        {"mailed_timestamp", seconds_of_list(recent.text("dates"), cancel_extraction_bool)},
+        {"last_mailed_timestamp", seconds_of(recent.text("last_date"))},
+        {"record_hash", recent.text("record_hash")},
+        {"receiver_count", recent.text("count")},
+        {"receiver_details", receivers},
+        {"subject", metadata.subject},
+        {"text", metadata.text},
+        {"event_timestamp", plugin_static_function::convert_T_Z_time_to_epoch(metadata.event_date)},
+        {"source_file", paths.source_file},
+        {"artifacts_relation_source_file", paths.artifacts_relation_source_file},
+        {"source_count_name", plugin_static_function::get_source_count_name()},
+        {"os_scheme_display", os_scheme_display_QString},
+    };
 }
 
 // The root of the source is taken off the first path only.

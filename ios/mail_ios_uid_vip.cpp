@@ -76,7 +76,6 @@ void mail_ios_uid::xcode_extract_mail_vip_senders()
         return;
     }
     row_writer rows{*this, destination, log, insert_sender, insert_sender_failure};
-    const row_paths paths = paths_of(mobilemail_plist_file_QString, mobilemail_plist_domain_QString);
     for (const auto &[key, sender] : senders.entries()) {
         if (cancel_extraction_bool) {
             return;
@@ -89,19 +88,32 @@ void mail_ios_uid::xcode_extract_mail_vip_senders()
         if (!addresses.is_array()) {
             continue;
         }
-        const int count = addresses.count(); // of several addresses the last one stands for the account
-        rows.insert({
-            {"vip_name", sender.object_for_key("n").text()},
-            {"unique_id", QString::fromLatin1(key.toUtf8())},
-            {"account", count > 0 ? addresses.object_at(count - 1).text() : QStringLiteral("")},
-            {"source_file", paths.source_file},
-            {"artifacts_relation_source_file", paths.artifacts_relation_source_file},
-            {"source_count_name", plugin_static_function::get_source_count_name()},
-            {"os_scheme_display", os_scheme_display_QString},
-        });
+        property_list_value account; // of several addresses the last one stands for it
+        for (const property_list_value &address : addresses.elements()) {
+            if (cancel_extraction_bool) {
+                return;
+            }
+            account = address;
+        }
+        rows.insert(row_of_sender(key, sender, addresses.count() > 0 ? account.text() : QStringLiteral("")));
     }
     destination.finish();
     log("[xcode_extract_mail_vip_senders] Ends");
+}
+
+row_values mail_ios_uid::row_of_sender(const QString &key, const property_list_value &sender,
+                                       const QString &account) const
+{
+    const row_paths paths = paths_of(mobilemail_plist_file_QString, mobilemail_plist_domain_QString);
+    return {
+        {"vip_name", sender.object_for_key("n").text()},
+        {"unique_id", QString::fromLatin1(key.toUtf8())},
+        {"account", account},
+        {"source_file", paths.source_file},
+        {"artifacts_relation_source_file", paths.artifacts_relation_source_file},
+        {"source_count_name", plugin_static_function::get_source_count_name()},
+        {"os_scheme_display", os_scheme_display_QString},
+    };
 }
 
 void mail_ios_uid::xcode_extract_mail_vip_contacts()

@@ -86,15 +86,26 @@ property_list property_list::from_file(const QString &path)
     return from_bytes(read_source_file(path, file_size_limit));
 }
 
-property_list property_list::from_bytes(const QByteArray &content)
+property_list property_list::from_bytes(const QByteArray &content, quint64 unfolded_size_limit)
 {
     property_list list;
-    if (!content.isEmpty() && is_safe_property_list(content)) {
+    if (!content.isEmpty() && is_safe_property_list(content, unfolded_size_limit)) {
         plist_t tree = nullptr;
         plist_from_memory(content.constData(), static_cast<uint32_t>(content.size()), &tree);
         list.tree.reset(tree);
     }
     return list;
+}
+
+QByteArray property_list::as_xml(quint64 size_limit) const
+{
+    char *xml = nullptr;
+    uint32_t length = 0;
+    if (tree) {
+        plist_to_xml(tree.get(), &xml, &length);
+    }
+    const c_text owner(xml);
+    return xml && length <= size_limit ? QByteArray(xml, static_cast<int>(length)) : QByteArray();
 }
 
 property_list_value::kind property_list_value::get_kind() const

@@ -78,10 +78,13 @@ public:
 
     /// Reads a file of at most 64 MiB.
     static property_list from_file(const QString &path);
-    static property_list from_bytes(const QByteArray &content);
+    /// In: also what the list may unfold to (bytes).
+    static property_list from_bytes(const QByteArray &content, quint64 unfolded_size_limit = Q_UINT64_C(512) << 20);
 
     bool is_null() const { return !tree; }
     property_list_value root() const { return property_list_value(tree.get()); }
+    /// The list as XML text; null for a null list, or when the text would be longer than the limit (bytes).
+    QByteArray as_xml(quint64 size_limit) const;
 
 private:
     struct tree_deleter

@@ -1,56 +1,52 @@
 #include "services/property_list_conversion.h"
 
-#include "services/property_list_guard.h"
+#include "services/property_list.h"
+#include "services/source_files.h"
 
+#include <QDir>
 #include <QStandardPaths>
 
-#include <cstdlib>
-#include <memory>
+#include <algorithm>
 
-#include <plist/plist.h>
+#include <csignal>
+#include <unistd.h>
 
 namespace {
 
 // A list of a few bytes can unfold to gigabytes of text, all of which would have to be written.
-constexpr quint64 unfolded_size_limit = Q_UINT64_C(16) << 20;
-constexpr uint32_t xml_size_limit = 16U << 20;
+constexpr quint64 xml_size_limit = Q_UINT64_C(16) << 20;
+constexpr quint64 xml_size_of_small_list = Q_UINT64_C(1) << 20;
+constexpr quint64 xml_bytes_per_byte = 16;
 
 constexpr int wake_up_interval_ms = 10; // how soon a cancel from another thread is noticed
 constexpr int end_timeout_ms = 2000;
-
-struct c_memory
-{
-    void operator()(void *memory) const { std::free(memory); }
-};
-
-struct tree_deleter
-{
-    void operator()(void *node) const { plist_free(node); }
-};
 
 } // namespace
 
 QByteArray property_list_as_xml(const QByteArray &content)
 {
-    if (content.isEmpty() || !is_safe_property_list(content, unfolded_size_limit)) {
-        return QByteArray();
-    }
-    plist_t parsed = nullptr;
-    plist_from_memory(content.constData(), static_cast<uint32_t>(content.size()), &parsed);
-    const std::unique_ptr<void, tree_deleter> tree(parsed);
-    if (!tree) {
-        return QByteArray();
-    }
-    char *text = nullptr;
-    uint32_t length = 0;
-    plist_to_xml(tree.get(), &text, &length);
-    const std::unique_ptr<char, c_memory> owner(text);
-    return text && length <= xml_size_limit ? QByteArray(text, static_cast<int>(length)) : QByteArray();
+    const quint64 limit =
+        std::min(xml_size_limit, xml_size_of_small_list + xml_bytes_per_byte * static_cast<quint64>(content.size()));
+    return property_list::from_bytes(content, limit).as_xml(limit);
 }
 
-QString property_list_tool::path()
+void property_list_tool::process_of_own_group::setupChildProcess()
 {
-    return QStandardPaths::findExecutable(QStringLiteral("plutil"));
+    ::setpgid(0, 0);
+}
+
+QString property_list_tool::path(const QString &source_root)
+{
+    const source_boundary source(source_root);
+    for (const QString &folder : qEnvironmentVariable("PATH").split(QLatin1Char(':'))) {
+        const QString found = QDir::isAbsolutePath(folder)
+                                  ? QStandardPaths::findExecutable(QStringLiteral("plutil"), {folder})
+                                  : QString();
+        if (!found.isEmpty() && !source.contains(found)) {
+            return found;
+        }
+    }
+    return QString();
 }
 
 property_list_tool::property_list_tool(const QString &program, const QString &list_path, const QString &xml_path,
@@ -75,6 +71,10 @@ property_list_tool::~property_list_tool()
 {
     if (process.state() != QProcess::NotRunning) {
         process.disconnect();
+        const auto id = static_cast<pid_t>(process.processId());
+        if (id > 0) {
+            ::kill(-id, SIGKILL); // with what it has started
+        }
         process.kill();
         process.waitForFinished(end_timeout_ms);
     }

@@ -40,21 +40,6 @@ int flag_of(links policy)
     return policy == links::refuse ? O_NOFOLLOW : 0;
 }
 
-bool write_all(int descriptor, const char *data, std::size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = ::write(descriptor, data, size);
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        if (written > 0) {
-            data += written;
-            size -= static_cast<std::size_t>(written);
-        }
-    }
-    return true;
-}
-
 // A path with a zero character in it is none: the system would take what stands in front of that.
 QByteArray encoded(const QString &path)
 {
@@ -62,9 +47,10 @@ QByteArray encoded(const QString &path)
 }
 
 // Copies the parts that hold data, in blocks; what lies between them stays a hole.
-bool copy_content(const file_descriptor &source, int to, const std::atomic<bool> &cancel_flag)
+bool copy_content(const file_descriptor &source, const file_descriptor &copy, const std::atomic<bool> &cancel_flag)
 {
     const int from = source.get();
+    const int to = copy.get();
     struct stat status = {};
     if (::fstat(from, &status) != 0 || ::ftruncate(to, status.st_size) != 0) {
         return false;
@@ -84,7 +70,7 @@ bool copy_content(const file_descriptor &source, int to, const std::atomic<bool>
         }
         const auto wanted = std::min(block.size(), static_cast<std::size_t>(data_end - at));
         const qint64 count = read_block(source, block.data(), wanted);
-        if (count <= 0 || cancel_flag || !write_all(to, block.data(), static_cast<std::size_t>(count))) {
+        if (count <= 0 || cancel_flag || !write_bytes(copy, block.data(), static_cast<std::size_t>(count))) {
             return false;
         }
         at += count;
@@ -207,32 +193,9 @@ qint64 read_block(const file_descriptor &file, char *data, std::size_t size)
     return count;
 }
 
-bool copy_source_file(const QString &source, const QString &copy, const std::atomic<bool> &cancel_flag)
+QByteArray read_bytes(const file_descriptor &file, qint64 size)
 {
-    const file_descriptor from = open_source_file(source);
-    if (!from.is_open()) {
-        return false;
-    }
-    const QByteArray copy_path = encoded(copy);
-    const file_descriptor to(::open(copy_path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!to.is_open()) {
-        return false;
-    }
-    if (!copy_content(from, to.get(), cancel_flag)) {
-        ::unlink(copy_path.constData()); // a part of a database may open, and lack rows
-        return false;
-    }
-    return true;
-}
-
-QByteArray read_source_file(const QString &path, qint64 size_limit, links policy)
-{
-    const file_descriptor file = open_source_file(path, policy);
-    struct stat status = {};
-    if (!file.is_open() || ::fstat(file.get(), &status) != 0 || status.st_size > size_limit) {
-        return QByteArray();
-    }
-    QByteArray content(static_cast<int>(status.st_size), Qt::Uninitialized);
+    QByteArray content(static_cast<int>(size), Qt::Uninitialized);
     int filled = 0;
     while (filled < content.size()) {
         const qint64 count =
@@ -247,6 +210,49 @@ QByteArray read_source_file(const QString &path, qint64 size_limit, links policy
     }
     content.truncate(filled);
     return content;
+}
+
+bool write_bytes(const file_descriptor &file, const char *data, std::size_t size)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(file.get(), data, size);
+        if (written < 0 && errno != EINTR) {
+            return false;
+        }
+        if (written > 0) {
+            data += written;
+            size -= static_cast<std::size_t>(written);
+        }
+    }
+    return true;
+}
+
+bool copy_source_file(const QString &source, const QString &copy, const std::atomic<bool> &cancel_flag)
+{
+    const file_descriptor from = open_source_file(source);
+    if (!from.is_open()) {
+        return false;
+    }
+    const QByteArray copy_path = encoded(copy);
+    const file_descriptor to(::open(copy_path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!to.is_open()) {
+        return false;
+    }
+    if (!copy_content(from, to, cancel_flag)) {
+        ::unlink(copy_path.constData()); // a part of a database may open, and lack rows
+        return false;
+    }
+    return true;
+}
+
+QByteArray read_source_file(const QString &path, qint64 size_limit, links policy)
+{
+    const file_descriptor file = open_source_file(path, policy);
+    struct stat status = {};
+    if (!file.is_open() || ::fstat(file.get(), &status) != 0 || status.st_size > size_limit) {
+        return QByteArray();
+    }
+    return read_bytes(file, status.st_size);
 }
 
 source_boundary::source_boundary(const QString &root_path)

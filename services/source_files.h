@@ -60,6 +60,12 @@ file_status status_of(const QString &path);
 /// Reads the next bytes of an open file. Out: how many; 0 at the end, -1 for an error.
 qint64 read_block(const file_descriptor &file, char *data, std::size_t size);
 
+/// Reads as many of the next bytes of an open file as there are, up to the size. Out: null for an error.
+QByteArray read_bytes(const file_descriptor &file, qint64 size);
+
+/// Out: whether all of the bytes were written.
+bool write_bytes(const file_descriptor &file, const char *data, std::size_t size);
+
 /// Copies a regular file byte for byte, its holes as holes; the copy is the examiner's, readable and writable for its
 /// owner, whatever the permissions of the source. Out: whether the whole file was copied; otherwise, also when the flag
 /// was raised meanwhile, there is no copy.

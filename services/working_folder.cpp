@@ -8,37 +8,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
-bool write_all(int descriptor, const QByteArray &content)
-{
-    for (int at = 0; at < content.size();) {
-        const ssize_t written =
-            ::write(descriptor, content.constData() + at, static_cast<std::size_t>(content.size() - at));
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        at += written > 0 ? static_cast<int>(written) : 0;
-    }
-    return true;
-}
-
-// Out: null when the system does not give all of it.
-QByteArray read_all(const file_descriptor &file, qint64 size)
-{
-    QByteArray content(static_cast<int>(size), Qt::Uninitialized);
-    for (int at = 0; at < content.size();) {
-        const qint64 count = read_block(file, content.data() + at, static_cast<std::size_t>(content.size() - at));
-        if (count <= 0) {
-            return QByteArray();
-        }
-        at += static_cast<int>(count);
-    }
-    return content;
-}
-
-} // namespace
-
 working_folder::working_folder(const QString &path)
     : folder(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
 {
@@ -67,7 +36,7 @@ bool working_folder::write(const QString &name, const QByteArray &content)
     if (!file.is_open()) {
         return fail_with(errno);
     }
-    if (!write_all(file.get(), content)) {
+    if (!write_bytes(file, content.constData(), static_cast<std::size_t>(content.size()))) {
         fail_with(errno);
         ::unlinkat(folder.get(), plain.constData(), 0);
         return false;
@@ -89,7 +58,7 @@ QByteArray working_folder::read(const QString &name, qint64 size_limit)
         fail_with(S_ISREG(status.st_mode) ? EFBIG : EACCES);
         return QByteArray();
     }
-    const QByteArray content = read_all(file, status.st_size);
+    const QByteArray content = read_bytes(file, status.st_size);
     if (content.isNull()) {
         fail_with(EIO);
     }

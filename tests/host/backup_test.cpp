@@ -86,12 +86,18 @@ const backup_case cases[] = {
      [](place root, place) {
          change_manifest_database(root, qPrintable(QStringLiteral("UPDATE Files SET fileID = '%1'").arg(decoy_name)));
      }},
-    {"Manifest.db names a missing file", newer, "", false,
+    {"Manifest.db names a missing file", newer, "Anna", true,
      [](place root, place) {
          change_manifest_database(root, "UPDATE Files SET fileID = 'ffffffffffffffffffffffffffffffffffffffff'");
      }},
-    {"Manifest.db does not list the file", newer, "", false,
+    {"Manifest.db does not list the file", newer, "Anna", true,
      [](place root, place) { change_manifest_database(root, "UPDATE Files SET domain = 'homedomain'"); }},
+    {"neither the manifest nor the backup has the file", newer, "", false,
+     [](place root, place) {
+         change_manifest_database(root, "DELETE FROM Files WHERE relativePath LIKE '%searchd%'; INSERT INTO Files "
+                                        "(fileID, domain) VALUES ('', 'x')");
+         QVERIFY(QFile::remove(vip_file(root, newer)));
+     }},
     {"Manifest.db leads out", newer, "Anna", true,
      [](place root, place) { change_manifest_database(root, "UPDATE Files SET fileID = '../../outside'"); }},
     {"Manifest.db has no entry", newer, "Anna", true,
@@ -123,19 +129,19 @@ const backup_case cases[] = {
      }},
     {"Manifest.mbdb has no record", older, "Anna", true,
      [](place root, place) { QVERIFY(write_file(root + QLatin1String("Manifest.mbdb"), QByteArray("mbdb\5\0", 6))); }},
-    {"Manifest.mbdb does not list the file", older, "", false,
+    {"Manifest.mbdb does not list the file", older, "Anna", true,
      [](place root, place) {
          const QString path = root + QLatin1String("Manifest.mbdb");
          QVERIFY(write_file(path, content_of(path).replace("searchd", "Searchd")));
      }},
-    {"Manifest.mbdb calls the file a folder", older, "", false,
+    {"Manifest.mbdb calls the file a folder", older, "Anna", true,
      [](place root, place) {
          const QString path = root + QLatin1String("Manifest.mbdb");
          QVERIFY(write_file(path, content_of(path).replace(QByteArray("\x81\xa4"), QByteArray("\x41\xed"))));
      }},
-    {"the file lies elsewhere", newer, "", false,
+    {"the file lies elsewhere", newer, "", true,
      [](place root, place outside) { QVERIFY(move_out(vip_file(root, newer), outside)); }},
-    {"the folder lies elsewhere", newer, "", false,
+    {"the folder lies elsewhere", newer, "", true,
      [](place root, place outside) { QVERIFY(move_out(evidence::folder_of(vip_file(root, newer)), outside)); }},
 };
 

@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -45,6 +47,7 @@ private Q_SLOTS:
 
     void help_fits_a_screen_data();
     void help_fits_a_screen();
+    void manual_knows_all_options();
     void tabs_are_listed();
 
     void show_lists_tables();
@@ -75,7 +78,7 @@ void mail_extract_test::bad_input_is_refused_data()
     const auto add = [](const char *name, const char *arguments, const char *told) {
         QTest::newRow(name) << QString::fromLatin1(arguments) << QString::fromLatin1(told);
     };
-    add("no command", "", "run, tabs, show and decipher");
+    add("no command", "", "run, tabs, show, report and decipher");
     add("unknown command", "ruin ios", "\"ruin\"");
     add("unknown option", "run ios --result out --colour", "\"colour\"");
     add("option of Qt", "run ios --result out -platform x", "unknown option");
@@ -192,7 +195,8 @@ void mail_extract_test::run_extracts_and_leaves_the_source_alone()
 
     QVERIFY(has_line(program.output, QStringLiteral("  messages         %1").arg(sample_messages)));
     QVERIFY(has_line(program.output, QStringLiteral("Failures in the log: none")));
-    QVERIFY(program.output.contains(QLatin1String(": 2 of 2 tabs, ")));
+    QVERIFY(program.output.contains(QLatin1String(": messages (tab 2 of 2), 1 rows, ")));
+    QVERIFY(program.output.contains(QStringLiteral(": 2 of 2 tabs, %1 rows, ").arg(sample_messages + 1)));
     for (const QChar character : program.output) {
         QVERIFY(character == QLatin1Char('\n') || character.isPrint());
     }
@@ -314,7 +318,8 @@ void mail_extract_test::interrupt_keeps_the_rows()
 void mail_extract_test::help_fits_a_screen_data()
 {
     QTest::addColumn<QString>("arguments");
-    for (const char *arguments : {"--help", "run --help", "tabs --help", "show --help", "decipher --help"}) {
+    for (const char *arguments :
+         {"--help", "run --help", "tabs --help", "show --help", "report --help", "decipher --help"}) {
         QTest::newRow(arguments) << QString::fromLatin1(arguments);
     }
 }
@@ -330,6 +335,32 @@ void mail_extract_test::help_fits_a_screen()
     for (const QString &line : lines) {
         QVERIFY2(line.size() <= 80, qPrintable(line));
     }
+}
+
+void mail_extract_test::manual_knows_all_options()
+{
+    const QString manual_path = QStringLiteral(SOURCE_FOLDER "/docs/mail-extract.1");
+    QFile file(manual_path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString manual = QString::fromUtf8(file.readAll());
+    for (const char *command : {"run", "tabs", "show", "report", "decipher"}) {
+        QVERIFY2(manual.contains(QStringLiteral(".Ss mail-extract %1\n").arg(QLatin1String(command))), command);
+        const QString help = run(QLatin1String(command) + QStringLiteral(" --help")).output;
+        auto option =
+            QRegularExpression(QStringLiteral("^  -(-[a-z-]+)"), QRegularExpression::MultilineOption).globalMatch(help);
+        while (option.hasNext()) {
+            const QString name = option.next().captured(1);
+            QVERIFY2(manual.contains(QStringLiteral("\n.It Fl ") + name), qPrintable(name));
+        }
+    }
+    const QString checker = QStandardPaths::findExecutable(QStringLiteral("mandoc"));
+    if (checker.isEmpty()) {
+        QSKIP("mandoc is not installed: scripts/setup mandoc");
+    }
+    QProcess lint;
+    lint.start(checker, {QStringLiteral("-Tlint"), manual_path});
+    const finished_program checked = finish_program(lint);
+    QCOMPARE(checked.output + checked.errors, QString());
 }
 
 void mail_extract_test::tabs_are_listed()
@@ -379,15 +410,16 @@ void mail_extract_test::show_is_exact_data()
     QTest::addColumn<QString>("output");
 
     QTest::newRow("csv") << QStringLiteral("--csv --limit 2")
-                         << QStringLiteral("INT,subject,cc,message_date_sent,source_count_name\r\n"
-                                           "1,\"a,\"\"b\"\"\r\nc\",,1578307200,Source1\r\n"
-                                           "2,\"\",,600000000.5,Source2\r\n");
+                         << QStringLiteral(
+                                "INT,subject,cc,message_date_sent,message_date_sent_utc,source_count_name\r\n"
+                                "1,\"a,\"\"b\"\"\r\nc\",,1578307200,2020-01-06T10:40:00Z,Source1\r\n"
+                                "2,\"\",,600000000.5,1989-01-05T10:40:00Z,Source2\r\n");
     QTest::newRow("jsonl")
         << QStringLiteral("--jsonl")
         << QStringLiteral(
-               R"({"INT":1,"subject":"a,\"b\"\u000d\u000ac","cc":null,"message_date_sent":1578307200,"source_count_name":"Source1"}
-{"INT":2,"subject":"","cc":null,"message_date_sent":600000000.5,"source_count_name":"Source2"}
-{"INT":3,"subject":"\u001b[2J\u202e","cc":null,"message_date_sent":"Infinity","source_count_name":"Source2"}
+               R"({"INT":1,"subject":"a,\"b\"\u000d\u000ac","cc":null,"message_date_sent":1578307200,"message_date_sent_utc":"2020-01-06T10:40:00Z","source_count_name":"Source1"}
+{"INT":2,"subject":"","cc":null,"message_date_sent":600000000.5,"message_date_sent_utc":"1989-01-05T10:40:00Z","source_count_name":"Source2"}
+{"INT":3,"subject":"\u001b[2J\u202e","cc":null,"message_date_sent":"Infinity","message_date_sent_utc":null,"source_count_name":"Source2"}
 )");
 }
 

@@ -47,6 +47,9 @@ void write_accounts(const plain_backup &backup)
     account.date = 600000000.309041;
     account.owning_bundle_id = text("com.apple.accountsd");
     account.user_name = text("anna@example.org");
+    account.parent = 99; // none: the description is the one in front
+    accounts.add_account(account);
+    account.identifier = text("");
     accounts.add_account(account);
     accounts.finish();
 }
@@ -90,9 +93,10 @@ void test_ios_uid_accounts::accounts()
     const property_list_dictionary known{{"name", text("Work")}, {"uniqueID", text("A-1")}, {"syncsReadState", 1.0}};
     const property_list_dictionary no_state{{"name", text("passed over")}, {"uniqueID", text("A-1")}};
     const property_list_dictionary unknown{{"uniqueID", text("other")}, {"name", 5}, {"syncsReadState", 2}};
+    const property_list_dictionary no_id{{"syncsReadState", 0}}; // not that of the account whose identifier is empty
     write_list(backup, mail_list_path,
-               property_list_dictionary{
-                   {"LastDataProviderSubsections", QVariantList{known, no_state, text("no dictionary"), unknown}}});
+               property_list_dictionary{{"LastDataProviderSubsections",
+                                         QVariantList{known, no_state, text("no dictionary"), unknown, no_id}}});
     backup_run run(backup, {accounts_tab});
     run.run();
     QCOMPARE(difference_to_expected(run.rows(accounts_tab), expected_file("uid_accounts.txt")), QString());

@@ -48,10 +48,12 @@ void write_address_book(const plain_backup &backup)
     book.add_person(anna);
     evidence::address_book_person without_mail;
     without_mail.first = QStringLiteral("No mail");
+    without_mail.note = QString(17 << 20, QLatin1Char('x')); // never read
     book.add_person(without_mail);
     evidence::address_book_person mail_only;
     mail_only.creation_date = 0;
     mail_only.email = QLatin1String("");
+    mail_only.note = without_mail.note; // left out
     book.add_person(mail_only);
     book.finish();
 }
@@ -83,8 +85,10 @@ void test_ios_uid_contacts::rows()
     QCOMPARE(run.record_signals, (QList<qint64>{0, 2, 4, 4, 4}));
     QCOMPARE(run.log_of(recents_operation), (QStringList{QStringLiteral("[extract_mailContact] -Start"),
                                                          QStringLiteral("[extract_mailContact] -End")}));
-    QCOMPARE(run.log_of(book_operation), (QStringList{QStringLiteral("[extract_mailContact_11] -Start"),
-                                                      QStringLiteral("[extract_mailContact_11] -End")}));
+    QCOMPARE(run.log_of(book_operation),
+             (QStringList{QStringLiteral("[extract_mailContact_11] -Start"),
+                          QStringLiteral("value larger than 16 MiB -----FAILED-----, left out: ABPerson.Note"),
+                          QStringLiteral("[extract_mailContact_11] -End")}));
 }
 
 void test_ios_uid_contacts::search()
@@ -114,10 +118,8 @@ void test_ios_uid_contacts::search()
     run.backup_parser = nullptr;
     run.run();
     QCOMPARE(run.row_count(contacts_tab), 2);
-    QCOMPARE(run.log_of(QStringLiteral("mail_ios_uid::find_source_file")),
-             QStringList({QStringLiteral("[find_source_file] starts"), QStringLiteral("[find_source_file] ends")}) +
-                 QStringList({QStringLiteral("[find_source_file] starts"), QStringLiteral("[find_source_file] ends")}) +
-                 QStringList({QStringLiteral("[find_source_file] starts"), QStringLiteral("[find_source_file] ends")}));
+    const QStringList search{QStringLiteral("[find_source_file] starts"), QStringLiteral("[find_source_file] ends")};
+    QCOMPARE(run.log_of(QStringLiteral("mail_ios_uid::find_source_file")), search + search + search);
 }
 
 void test_ios_uid_contacts::failures()

@@ -114,12 +114,15 @@ private Q_SLOTS:
 
     void rows();
     void hostile_metadata();
+    void large_values();
+    void look_ups_without_index_data();
     void look_ups_without_index();
     void failing_side_queries();
     void cancel_between_conversions();
     void platform_tool_data();
     void platform_tool();
     void cancel_while_tool_hangs();
+    void untrusted_tools();
 
 private:
     void write_tool(const QByteArray &script);
@@ -181,6 +184,8 @@ void test_ios_uid_recents::hostile_metadata()
     const QByteArray nested = "<?xml version=\"1.0\"?><plist version=\"1.0\">" +
                               QByteArray("<array>").repeated(100000) + QByteArray("</array>").repeated(100000) +
                               "</plist>";
+    // 8,000 references to one text of 200 characters: 1.6 MB as XML
+    const QByteArray unfolding = list_of(QVariant(QVector<QVariant>(8000, QString(200, QLatin1Char('x'))).toList()));
     recents.add_recent(recent_of(2, "", 0));
     recents.add_metadata(2, QStringLiteral("../evil"), list_of("evil"));
     recents.add_metadata(2, long_key, list_of("long"));
@@ -188,6 +193,7 @@ void test_ios_uid_recents::hostile_metadata()
     recents.add_recent(recent_of(12, "1:2:", 0)); // its subject bears the name of the file above
     recents.add_metadata(12, subject_key, "no property list");
     recents.add_metadata(12, url_key, nested);
+    recents.add_metadata(12, QStringLiteral("bomb"), unfolding);
     recents.add_metadata(12, time_key, QByteArray());
     recents.add_recent(recent_of(13, "1", 0));
     recents.add_metadata(13, subject_key, list_of("behind a link"));
@@ -218,21 +224,70 @@ void test_ios_uid_recents::hostile_metadata()
                  QLatin1String("[extract_mail_recents]File Open Error: TMP//") + long_key + QLatin1String("2.plist"),
                  QStringLiteral("File name too long"), xml_failure + QLatin1String("corerecents:subject12.xml"),
                  missing, xml_failure + QLatin1String("corerecents:reference-url12.xml"), missing,
+                 xml_failure + QLatin1String("bomb12.xml"), missing,
                  xml_failure + QLatin1String("corerecents:event-time12.xml"), missing,
                  xml_failure + QLatin1String("corerecents:subject13.xml"),
                  QStringLiteral("Too many levels of symbolic links"), ends}));
 }
 
-void test_ios_uid_recents::look_ups_without_index()
+// A value of 17 MB costs itself, in whichever table it stands, and neither its row nor the rows behind.
+void test_ios_uid_recents::large_values()
 {
+    const QString large(17 << 20, QLatin1Char('x'));
     plain_backup backup;
     evidence::recents_database recents(backup.path_of(recents_path));
     recents.add_recent(recent_of(1, "1", 1));
-    recents.add_metadata(1, url_key, list_of("sms:/open?message-guid=G"));
+    recent_row spoilt = recent_of(5, "5", 3);
+    spoilt.display_name = large;
+    recents.add_recent(spoilt);
+    recents.add_contact(5, {QStringLiteral("a"), QStringLiteral("k"), QStringLiteral("x")});
+    recents.add_contact(5, {large, QStringLiteral("l"), QStringLiteral("y")});
+    recents.add_contact(5, {QStringLiteral("c"), QString(), QStringLiteral("z")});
+    recents.add_metadata(5, time_key, large.toLatin1());
+    recents.add_metadata(5, subject_key, list_of("behind it"));
+    recents.add_recent(recent_of(6, "6", 1));
+    recents.finish();
+    backup_run run(backup, {QStringLiteral("contacts"), recents_tab});
+    run.run();
+    QCOMPARE(values_of(run, "mailed_timestamp"),
+             (QStringList{QStringLiteral("\"1\""), QStringLiteral("\"5\""), QStringLiteral("\"6\"")}));
+    QCOMPARE(values_of(run, "subject"), QStringList{QStringLiteral("\"behind it\"")});
+    QCOMPARE(values_of(run, "receiver_details").value(0),
+             QStringLiteral("\"Display Name: a;Kind: k;Address: x;;Display Name: ;Kind: l;Address: y;;Display Name: c;"
+                            "Kind: ;Address: z\""));
+    QCOMPARE(run.row_count(QStringLiteral("contacts")), 3);
+    const QString left_out = QStringLiteral("value larger than 16 MiB -----FAILED-----, left out: ");
+    QCOMPARE(run.log_of(operation).filter(left_out),
+             (QStringList{left_out + QLatin1String("display_name"), left_out + QLatin1String("display_name"),
+                          left_out + QLatin1String("value")}));
+    QVERIFY(run.log_of(operation).contains(ends));
+}
+
+void test_ios_uid_recents::look_ups_without_index_data()
+{
+    QTest::addColumn<QString>("schema");
+    QTest::addColumn<QString>("guid");
+    QTest::newRow("plain") << QStringLiteral("guid TEXT, text TEXT") << QStringLiteral("G");
+    QTest::newRow("compared in a way of its own")
+        << QStringLiteral("guid TEXT COLLATE NOCASE, text TEXT") << QStringLiteral("g");
+    QTest::newRow("row numbers hidden") << QStringLiteral("guid TEXT, text TEXT, _rowid_ INTEGER DEFAULT 1")
+                                        << QStringLiteral("G");
+}
+
+void test_ios_uid_recents::look_ups_without_index()
+{
+    QFETCH(QString, schema);
+    QFETCH(QString, guid);
+    plain_backup backup;
+    evidence::recents_database recents(backup.path_of(recents_path));
+    recents.add_recent(recent_of(1, "1", 1));
+    recents.add_metadata(1, url_key, list_of(QLatin1String("sms:/open?message-guid=") + guid));
     recents.finish();
     evidence::sms_database messages(backup.path_of(sms_path));
-    messages.database().run(QStringLiteral("DROP TABLE message; CREATE TABLE message (guid TEXT, text TEXT);"
-                                           "INSERT INTO message VALUES ('G', 'first'), ('H', 'x'), ('G', 'last');"));
+    messages.database().run(QStringLiteral("DROP TABLE message; CREATE TABLE message (%1);"
+                                           "INSERT INTO message (guid, text) VALUES ('G', 'first'), ('H', 'x'), "
+                                           "('G', 'last'), ('I', 'y');")
+                                .arg(schema));
     messages.finish();
     backup_run run(backup, {recents_tab});
     run.run();
@@ -245,7 +300,6 @@ void test_ios_uid_recents::failing_side_queries()
     evidence::recents_database recents(backup.path_of(recents_path));
     recents.add_recent(recent_of(1, "1", 1));
     recents.add_recent(recent_of(2, "1", 1));
-    recents.add_metadata(1, url_key, list_of("sms:/open?message-guid=G"));
     recents.database().run(QStringLiteral("DROP TABLE contacts"));
     recents.finish();
     backup_run without_contacts(backup, {recents_tab});
@@ -279,7 +333,7 @@ void test_ios_uid_recents::cancel_between_conversions()
     QTimer::singleShot(0, [&run] { run.plugin().pub_cancel_extraction(); });
     run.extract();
     QCOMPARE(run.row_count(recents_tab), 0);
-    QVERIFY(!run.log_of(operation).contains(ends));
+    QCOMPARE(run.log_of(operation), (QStringList{starts, QStringLiteral(" : running")}));
 }
 
 void test_ios_uid_recents::platform_tool_data()
@@ -294,6 +348,7 @@ void test_ios_uid_recents::platform_tool_data()
                                          "{ echo '<plist>'; echo \"<string>$(cat \"$3\")</string>\"; } > \"$5\"\n")
                            << QStringList{QStringLiteral("\"given to the tool\"")} << QStringList();
     QTest::newRow("fails") << QByteArray("#!/bin/sh\nexit 3\n") << QStringList() << failure;
+    QTest::newRow("ends its process group") << QByteArray("#!/bin/sh\nkill -INT 0\n") << QStringList() << failure;
     QTest::newRow("cannot be started") << QByteArray("#!/no/such/interpreter\n") << QStringList() << failure;
 }
 
@@ -321,16 +376,41 @@ void test_ios_uid_recents::cancel_while_tool_hangs()
 {
     plain_backup backup;
     write_recents(backup);
-    write_tool("#!/bin/sh\nexec sleep 600\n");
+    const QString child_file = tool_folder->filePath(QStringLiteral("child"));
+    write_tool("#!/bin/sh\nsleep 600 &\necho $! > " + child_file.toLocal8Bit() + "\nwait\n");
     backup_run run(backup, {recents_tab});
     run.prepare();
-    QTimer::singleShot(100, [&run] { run.plugin().pub_cancel_extraction(); });
+    QTimer cancel;
+    QObject::connect(&cancel, &QTimer::timeout, [&] {
+        if (read_file(child_file).endsWith(QLatin1Char('\n'))) {
+            run.plugin().pub_cancel_extraction();
+        }
+    });
+    cancel.start(50);
     QElapsedTimer clock;
     clock.start();
     run.extract();
     QVERIFY(clock.elapsed() < 30000);
     QCOMPARE(run.row_count(recents_tab), 0);
     QCOMPARE(run.log_of(operation), (QStringList{starts, QStringLiteral(" : running")}));
+    const QString child = QStringLiteral("/proc/%1/cmdline").arg(read_file(child_file).trimmed());
+    QTRY_VERIFY(!read_file(child).startsWith(QLatin1String("sleep"))); // it has ended with the tool
+}
+
+// A tool in a relative folder, or below the root of the source, is none of the examiner's.
+void test_ios_uid_recents::untrusted_tools()
+{
+    plain_backup backup;
+    write_recents(backup);
+    backup.add_file(QStringLiteral("bin/plutil"), "#!/bin/sh\nexit 0\n");
+    QVERIFY(QFile::setPermissions(backup.path_of(QStringLiteral("bin/plutil")), QFile::ReadOwner | QFile::ExeOwner));
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(backup.root()));
+    qputenv("PATH", "bin:" + backup.root().toLocal8Bit() + "bin");
+    backup_run run(backup, {recents_tab});
+    run.run();
+    QVERIFY(QDir::setCurrent(before));
+    QCOMPARE(values_of(run, "subject").value(0), QStringLiteral("\"Lunch &amp; more\"")); // converted in the process
 }
 
 QTEST_MAIN(test_ios_uid_recents)
