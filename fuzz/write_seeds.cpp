@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -95,15 +96,29 @@ void write_backup_manifests(const QString &folder)
     }
 }
 
+// Changes to a sound file, of each size of pages: what a fuzzer begins with nothing of takes it long to come to.
+void write_ese_changes(const QString &folder)
+{
+    constexpr int file_count = 48;
+    constexpr int largest_change_count = 12;
+    QRandomGenerator random(1);
+    for (int number = 0; number < file_count; ++number) {
+        QByteArray changes(1 + 3 * random.bounded(largest_change_count), '\0');
+        for (char &byte : changes) {
+            byte = static_cast<char>(random.bounded(256));
+        }
+        evidence::write_file(folder + QString::number(number), changes);
+    }
+}
+
 constexpr struct
 {
     const char *target;
     void (*write)(const QString &folder);
 } seeds[] = {
-    {"apple_double", &write_apple_double},
-    {"attribute_values", &write_attribute_values},
-    {"backup_manifest", &write_backup_manifests},
-    {"property_list", &write_property_lists},
+    {"apple_double", &write_apple_double},        {"attribute_values", &write_attribute_values},
+    {"backup_manifest", &write_backup_manifests}, {"ese_file", &write_ese_changes},
+    {"ese_long_values", &write_ese_changes},      {"property_list", &write_property_lists},
 };
 
 } // namespace

@@ -12,10 +12,13 @@ int size_of(QStringView text)
     return static_cast<int>(text.size());
 }
 
+// Beyond all bounds, and still small enough for sums of products of them.
+constexpr int largest_span = 1 << 18;
+
 // As the library reads a span, no number is one column.
 qint64 span_of(QStringView value)
 {
-    return std::max(1, value.toString().toInt());
+    return std::clamp(value.toString().toInt(), 1, largest_span);
 }
 
 bool has_reference(QStringView word)

@@ -33,7 +33,7 @@ public:
     /// Whether the tag has no content: "<br/>", "<br>".
     bool is_empty_element() const;
     int attribute_count() const { return attributes; }
-    /// How many columns and rows a table cell takes.
+    /// How many columns and rows a table cell takes; of more than 262,144 that many.
     qint64 column_span() const { return columns; }
     qint64 row_span() const { return rows; }
     /// Whether a name is written with character references, as no program that means well does.

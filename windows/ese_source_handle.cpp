@@ -1,6 +1,11 @@
 #include "windows/ese_source_handle.h"
 
+#include "windows/ese_record_guard.h"
+
+#include <QtEndian>
+
 #include <dlfcn.h>
+#include <unistd.h>
 
 // What the library reads from is an object of a library of its own. That one comes along with it but without a header;
 // so its functions are looked up by name, and where they are missing there is no handle.
@@ -47,6 +52,9 @@ ssize_t read_stream(intptr_t *io, uint8_t *buffer, size_t size, error_slot)
 {
     ese_source_stream &stream = stream_of(io);
     const ssize_t count = stream.view.read(reinterpret_cast<char *>(buffer), size, stream.place);
+    if (count == static_cast<ssize_t>(size) && stream.place >= 2 * static_cast<off64_t>(size)) { // behind the headers
+        cut_unsound_records(reinterpret_cast<char *>(buffer), size, stream.has_tagged_index);
+    }
     stream.place += count > 0 ? count : 0;
     return count;
 }
@@ -83,10 +91,20 @@ int is_stream_open(intptr_t *io, error_slot)
     return stream_of(io).is_open ? 1 : 0;
 }
 
+bool has_tagged_index(int descriptor)
+{
+    constexpr off64_t revision_offset = 232; // in the head of the file
+    constexpr quint32 first_with_index = 3;
+    quint32 stored = 0;
+    return ::pread(descriptor, &stored, sizeof(stored), revision_offset) != sizeof(stored) ||
+           qFromLittleEndian(stored) >= first_with_index;
+}
+
 } // namespace
 
 ese_source_handle::ese_source_handle(const file_descriptor &file) : stream{ese_root_view(file.get())}
 {
+    stream.has_tagged_index = has_tagged_index(file.get());
     const auto initialize = function_named<initialize_function>("libbfio_handle_initialize");
     if (initialize && function_named<free_call>("libbfio_handle_free") &&
         function_named<open_function>("libesedb_file_open_file_io_handle") &&

@@ -12,6 +12,7 @@ struct ese_source_stream
     ese_root_view view;
     off64_t place = 0;
     bool is_open = false;
+    bool has_tagged_index = true; ///< how the records are made, see ese_record_guard.h
 };
 
 class ese_source_handle

@@ -190,6 +190,9 @@ void test_bodies::bounds_documents_data()
         QStringLiteral("<table>") + times("<tr><td>b", 300) + QStringLiteral("<tr>") + times("<td>a<table>", 1000),
         "cells of tables", nullptr);
     row("high cells", times("<table><tr><td rowspan=200001>a</table>", 1), "spanned cells", "a");
+    row("spans whose products add up to nothing",
+        QStringLiteral("<table><tr>") + times("<td colspan=2147483647 rowspan=2147483647>", 4) + QLatin1Char('a'),
+        "cells of tables", "a");
     row("rules for all",
         QStringLiteral("<style>") + times("b i b{color:red}", 2000) + QStringLiteral("</style>") + times("<b>", 100) +
             QStringLiteral("x"),

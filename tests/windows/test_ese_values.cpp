@@ -96,6 +96,7 @@ private Q_SLOTS:
     void reads_long_values_data();
     void reads_long_values();
     void logs_what_a_damaged_page_took();
+    void refuses_records_beyond_their_end();
     void survives_damage();
     void opens_no_other_file();
 
@@ -296,6 +297,30 @@ void test_ese_values::logs_what_a_damaged_page_took()
 }
 
 // Whatever is damaged: an end, no crash, and no more records than there were.
+// A value that is larger than the page, one that ends before it begins, a tagged one that begins behind the record.
+void test_ese_values::refuses_records_beyond_their_end()
+{
+    const QByteArray lies[] = {QByteArray("\xff\x7f", 2), QByteArray("\1\0", 2), QByteArray("\xff\x1f", 2)};
+    for (const QByteArray &lie : lies) {
+        const QString path = new_path();
+        evidence::ese_file file(path);
+        evidence::ese_table table =
+            file.add_table("Values", {{"a", ese_type::binary}, {"b", ese_type::binary}, {"c", ese_type::long_binary}});
+        for (const char *number : {"1", "2"}) {
+            table.add_record({ese_value::bytes(QByteArray("first") + number), ese_value::bytes("b"),
+                              ese_value::bytes(QByteArray("tagged") + number)});
+        }
+        file.finish();
+        QByteArray content = content_of(path);
+        const bool is_tagged = &lie == &lies[2];
+        const int value = content.indexOf(is_tagged ? "tagged2" : "first2") - (is_tagged ? 1 : 0); // behind its flags
+        content.replace(value - 2, 2, lie);
+        evidence::write_file(path, content);
+        const auto hex = [](const char *text) { return QByteArray(text).toHex(); };
+        QCOMPARE(table_values(path).records, QList<QByteArrayList>({{hex("first1"), hex("b"), hex("tagged1")}}));
+    }
+}
+
 void test_ese_values::survives_damage()
 {
     const QString path = new_path();

@@ -55,6 +55,7 @@ private Q_SLOTS:
     void columns_and_tables_that_a_store_lacks();
     void damaged_stores_data();
     void damaged_stores();
+    void store_whose_records_cannot_be_counted();
     void writers_whose_database_fails_data();
     void writers_whose_database_fails();
     void files_of_received_attachments();
@@ -180,6 +181,48 @@ void test_store_writers::damaged_stores()
              plain_log_of(QStringLiteral("extract_messages")));
     const QString changes = before.changes();
     QVERIFY2(changes.isEmpty(), qPrintable(changes));
+}
+
+// The pages between a root and the leaves are overwritten.
+void test_store_writers::store_whose_records_cannot_be_counted()
+{
+    constexpr int page_size = 8192; // as the store is written
+    constexpr int flags_offset = 36;
+    constexpr int page_is_parent_of_leaf = 0x4;
+    constexpr int call_count = 30000;
+    QTemporaryDir folder;
+    write_stores(folder.path());
+    windows_profile cara(folder.path(), QStringLiteral("cara"));
+    for (int i = 0; i < call_count; ++i) {
+        evidence::windows_call call;
+        call.start = evidence::filetime_of(1600000000 + i);
+        cara.store().add(call);
+    }
+    cara.finish();
+    QFile store(cara.store_path());
+    QVERIFY(store.open(QIODevice::ReadWrite));
+    QByteArray content = store.readAll();
+    int damaged = 0;
+    for (int page = 2 * page_size; page < content.size(); page += page_size) {
+        if ((content.at(page + flags_offset) & page_is_parent_of_leaf) != 0) {
+            content.replace(page + flags_offset + 4, page_size / 2, QByteArray(page_size / 2, '\xff'));
+            ++damaged;
+        }
+    }
+    QVERIFY(damaged > 0);
+    store.seek(0);
+    store.write(content);
+    store.close();
+
+    host_run run(QStringLiteral("winOS"), folder.path(), store_tables);
+    run.users = QStringList{QStringLiteral("cara"), QStringLiteral("ben")};
+    run.run();
+    QCOMPARE(run.row_count(QStringLiteral("call_history")), 0);
+    QCOMPARE(run.row_count(QStringLiteral("messages")), 1);
+    QCOMPARE(run.log_of(QStringLiteral("specific_table::record_type_case")),
+             QStringList(QStringLiteral("[record_type_case] number of records not readable: file "
+                                        "SOURCE/Users/cara/AppData/Local/Comms/UnistoreDB/store.vol, "
+                                        "table CallHistory, record 0")));
 }
 
 void test_store_writers::writers_whose_database_fails_data()

@@ -1,0 +1,10 @@
+/// Records that the library would read beyond their end, and beyond the page: it believes the sizes that a record names
+/// for its values. What lies there is memory of the process; it would get into the rows, or end the run.
+#pragma once
+
+#include <cstddef>
+
+/// In and out: a page as it is read from the file. A record whose sizes do not hold together is cut to nothing
+/// there, which the library refuses; all others stay as they are. What is no page of records stays as it is. In files
+/// of the oldest programs the tagged values have no index, and are not looked at.
+void cut_unsound_records(char *page, std::size_t size, bool has_tagged_index);
