@@ -33,6 +33,9 @@ QString address_of(const QByteArray &line)
 bool eml_header_scan::take(const char *data, int size)
 {
     const char *const end = data + size;
+    if (is_cancelled) { // a line may be without end
+        return false;
+    }
     while (data < end) {
         const char *const line_end = find(data, end, '\n');
         const char *const next = line_end ? line_end + 1 : end;
@@ -44,7 +47,7 @@ bool eml_header_scan::take(const char *data, int size)
             const int room = longest_line - begun_line.size();
             const int added = std::min(room, static_cast<int>(next - data));
             begun_line.append(data, added);
-            is_begun_line_cut = is_begun_line_cut || added < next - data;
+            is_line_cut = is_line_cut || added < next - data;
             if (line_end && !finish()) {
                 return false;
             }
@@ -58,7 +61,6 @@ bool eml_header_scan::finish()
 {
     const bool is_going_on = begun_line.isEmpty() || take_line(begun_line.constData(), begun_line.size());
     begun_line.resize(0);
-    is_begun_line_cut = false;
     return is_going_on;
 }
 
@@ -97,7 +99,6 @@ bool eml_header_scan::take_line(const char *line, int size)
             }
             is_taken[i] = true;
             this->*headers[i].line = copy;
-            is_line_cut = is_line_cut || is_begun_line_cut;
         }
     }
     return true;

@@ -32,7 +32,7 @@ public:
     /// Behind the last piece, which need not end with a line end. Out: false when the extraction was cancelled.
     bool finish();
     eml_header_values values() const;
-    /// Whether a line that holds a header name was longer than what is taken of it.
+    /// Whether a line was longer than what is looked through of it.
     bool has_cut_line() const { return is_line_cut; }
 
 private:
@@ -40,7 +40,6 @@ private:
 
     const std::atomic<bool> &is_cancelled;
     QByteArray begun_line; // up to the end of the pieces so far
-    bool is_begun_line_cut = false;
     bool is_line_cut = false;
     // The lines that won, up to their first zero byte.
     QByteArray from_line;

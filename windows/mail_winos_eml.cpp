@@ -44,7 +44,7 @@ int mail_winos::extract_eml_info(QString eml_path, QString inside_text)
         return 0;
     }
     if (scan.has_cut_line()) {
-        eml_log("[extract_eml_info] header line longer than 4 MiB, its end is left out-----", eml_path);
+        eml_log("[extract_eml_info] line longer than 4 MiB, its end is left out-----", eml_path);
     }
     const eml_header_values headers = scan.values();
     if (!headers.from.isEmpty() && !inside_text.contains(QLatin1String("<html"))) {

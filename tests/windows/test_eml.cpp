@@ -79,7 +79,7 @@ void test_eml::ends_when_cancelled()
     QCOMPARE(line_of(scan.values()), QStringLiteral(" a\n|-|-|-|-"));
 }
 
-// The end of a longer line is left out, which is told only of a line that gives a value.
+// The end of a longer line is left out, which is told: it may hold a header name.
 void test_eml::bounds_a_line()
 {
     const std::atomic<bool> no_cancel{false};
@@ -92,10 +92,10 @@ void test_eml::bounds_a_line()
         }
         scan.take("y\n", 2);
     };
-    take_long_line("no header");
     QVERIFY(!scan.has_cut_line());
-    take_long_line("Subject:");
+    take_long_line("no header");
     QVERIFY(scan.has_cut_line());
+    take_long_line("Subject:");
     scan.take("To: b\n", 6);
     scan.finish();
     QCOMPARE(scan.values().subject.size(), eml_header_scan::longest_line - 8);
