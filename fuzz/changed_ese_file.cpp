@@ -82,14 +82,6 @@ std::vector<ese_value> values_of_record(int index)
             ese_value::text(text).compressed(ese_compression::seven_bit_ascii)};
 }
 
-// What the catalogs say of the columns the library believes beyond all bounds: they stay as they are.
-bool is_of_catalog(const QByteArray &content, int at, int page_size)
-{
-    constexpr int tree_offset = 24; // in a page
-    const auto tree = qFromLittleEndian<quint32>(content.constData() + at / page_size * page_size + tree_offset);
-    return at >= 2 * page_size && (tree == 2 || tree == 3);
-}
-
 sound_file make_sound_file(int page_size)
 {
     const QTemporaryDir folder;
@@ -107,8 +99,7 @@ sound_file make_sound_file(int page_size)
     sound_file made{written.readAll(), page_size, {}};
     for (int at = 0; at < made.content.size(); ++at) {
         const bool is_copy_of_header = at >= page_size && at < 2 * page_size;
-        if (!is_copy_of_header && !is_of_catalog(made.content, at, page_size) &&
-            made.content.mid(at > 0 ? at - 1 : 0, 3).count('\0') < 3) {
+        if (!is_copy_of_header && made.content.mid(at > 0 ? at - 1 : 0, 3).count('\0') < 3) {
             made.places.push_back(at);
         }
     }

@@ -1,8 +1,11 @@
 #include "windows/ese_record_guard.h"
 
+#include "windows/ese_catalog_guard.h"
 #include "windows/ese_page.h"
 
 #include <QtEndian>
+
+#include <algorithm>
 
 namespace {
 
@@ -15,7 +18,7 @@ constexpr quint32 page_is_of_other_tree = 0x20 | 0x40 | 0x80; // space, index, l
 constexpr int tag_size = 4;
 
 constexpr int record_header_size = 4;
-constexpr int last_fixed_column = 127;
+constexpr int least_catalog_record = 30; // less the library does not look for
 constexpr quint16 value_is_absent = 0x8000;
 constexpr int tagged_entry_size = 4;
 
@@ -41,20 +44,22 @@ bool is_tagged_part_sound(const char *part, int size, int mask)
 }
 
 // Behind the header of a record stand the fixed values, then for each value of variable size where it ends, then these
-// values, then the tagged ones.
-bool is_sound(const ese_page_entry &record, int tagged_mask)
+// values, then the tagged ones. The library looks for the tagged ones behind the last value of a column that it knows.
+bool is_sound(const ese_page_entry &record, int tagged_mask, const ese_record_layout &layout)
 {
     if (record.size < record_header_size) {
         return true; // refused anyway
     }
+    const int last_fixed = std::min<int>(static_cast<unsigned char>(record.data[0]), last_fixed_column);
     const int last_variable = static_cast<unsigned char>(record.data[1]);
     const int count = last_variable > last_fixed_column ? last_variable - last_fixed_column : 0;
     const int ends = qFromLittleEndian<quint16>(record.data + 2);
     const int values = ends + 2 * count;
-    if (ends < record_header_size || values > record.size) {
+    if (ends < record_header_size || values > record.size || layout.fixed_end[last_fixed] > record.size) {
         return false;
     }
     int end_before = 0;
+    int end_of_known = 0;
     for (int i = 0; i < count; ++i) {
         const int end = qFromLittleEndian<quint16>(record.data + ends + 2 * i);
         if ((end & value_is_absent) != 0) {
@@ -64,14 +69,15 @@ bool is_sound(const ese_page_entry &record, int tagged_mask)
             return false;
         }
         end_before = end;
+        end_of_known = layout.variable[static_cast<std::size_t>(i)] ? end : end_of_known;
     }
-    const int tagged = values + end_before;
+    const int tagged = values + end_of_known;
     return tagged_mask == 0 || is_tagged_part_sound(record.data + tagged, record.size - tagged, tagged_mask);
 }
 
 } // namespace
 
-void cut_unsound_records(char *page, std::size_t size, bool has_tagged_index)
+void cut_unsound_records(char *page, std::size_t size, bool has_tagged_index, const ese_catalog_guard &catalog)
 {
     if (size < smallest_page || size > largest_page) {
         return;
@@ -83,9 +89,13 @@ void cut_unsound_records(char *page, std::size_t size, bool has_tagged_index)
     const int mask = size > largest_small_page ? 0x7fff : 0x1fff;
     const int tagged_mask = !has_tagged_index ? 0 : size > largest_small_page ? 0x7fff : 0x3fff;
     const ese_page records(QByteArray::fromRawData(page, static_cast<int>(size)));
+    const ese_record_layout *const layout = catalog.layout(records.tree());
+    const bool is_of_catalog =
+        records.tree() == ese_catalog_guard::catalog_tree || records.tree() == ese_catalog_guard::catalog_copy_tree;
+    const int least_size = is_of_catalog ? least_catalog_record : 0;
     for (int index = 0; index < records.count(); ++index) {
         const std::optional<ese_page_entry> record = records.entry(index);
-        if (record && is_sound(*record, tagged_mask)) {
+        if (layout && record && record->size >= least_size && is_sound(*record, tagged_mask, *layout)) {
             continue;
         }
         // The first tag is that of the page itself.

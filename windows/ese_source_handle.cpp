@@ -53,7 +53,7 @@ ssize_t read_stream(intptr_t *io, uint8_t *buffer, size_t size, error_slot)
     ese_source_stream &stream = stream_of(io);
     const ssize_t count = stream.view.read(reinterpret_cast<char *>(buffer), size, stream.place);
     if (count == static_cast<ssize_t>(size) && stream.place >= 2 * static_cast<off64_t>(size)) { // behind the headers
-        cut_unsound_records(reinterpret_cast<char *>(buffer), size, stream.has_tagged_index);
+        cut_unsound_records(reinterpret_cast<char *>(buffer), size, stream.has_tagged_index, stream.catalog);
     }
     stream.place += count > 0 ? count : 0;
     return count;
@@ -102,7 +102,8 @@ bool has_tagged_index(int descriptor)
 
 } // namespace
 
-ese_source_handle::ese_source_handle(const file_descriptor &file) : stream{ese_root_view(file.get())}
+ese_source_handle::ese_source_handle(const file_descriptor &file)
+    : stream{ese_root_view(file.get()), ese_catalog_guard(file)}
 {
     stream.has_tagged_index = has_tagged_index(file.get());
     const auto initialize = function_named<initialize_function>("libbfio_handle_initialize");
@@ -125,5 +126,5 @@ ese_source_handle::~ese_source_handle()
 int ese_source_handle::open(libesedb_file_t *file, libesedb_error_t **error)
 {
     const auto open = function_named<open_function>("libesedb_file_open_file_io_handle");
-    return handle && open ? open(file, handle, LIBESEDB_ACCESS_FLAG_READ, error) : -1;
+    return handle && open && stream.catalog.is_sound() ? open(file, handle, LIBESEDB_ACCESS_FLAG_READ, error) : -1;
 }

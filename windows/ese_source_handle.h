@@ -3,6 +3,7 @@
 #pragma once
 
 #include "services/source_files.h"
+#include "windows/ese_catalog_guard.h"
 #include "windows/ese_handles.h"
 #include "windows/ese_root_view.h"
 
@@ -10,6 +11,7 @@
 struct ese_source_stream
 {
     ese_root_view view;
+    ese_catalog_guard catalog;
     off64_t place = 0;
     bool is_open = false;
     bool has_tagged_index = true; ///< how the records are made, see ese_record_guard.h
@@ -25,7 +27,8 @@ public:
     ese_source_handle(const ese_source_handle &) = delete;
     ese_source_handle &operator=(const ese_source_handle &) = delete;
 
-    /// Out: the library's result; -1 also where this library does not bring along what it takes to read for it.
+    /// Out: the library's result; -1 also for a file whose catalog does not hold together, and where this library does
+    /// not bring along what it takes to read for it.
     int open(libesedb_file_t *file, libesedb_error_t **error);
     /// Out: whether this library can read through a descriptor at all.
     bool is_offered() const { return handle != nullptr; }

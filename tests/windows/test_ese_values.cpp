@@ -97,6 +97,8 @@ private Q_SLOTS:
     void reads_long_values();
     void logs_what_a_damaged_page_took();
     void refuses_records_beyond_their_end();
+    void refuses_catalogs_that_lie_data();
+    void refuses_catalogs_that_lie();
     void survives_damage();
     void opens_no_other_file();
 
@@ -319,6 +321,51 @@ void test_ese_values::refuses_records_beyond_their_end()
         const auto hex = [](const char *text) { return QByteArray(text).toHex(); };
         QCOMPARE(table_values(path).records, QList<QByteArrayList>({{hex("first1"), hex("b"), hex("tagged1")}}));
     }
+}
+
+void test_ese_values::refuses_catalogs_that_lie_data()
+{
+    QTest::addColumn<QByteArray>("column");
+    QTest::addColumn<int>("place"); // in the column's record, in front of its name
+    QTest::addColumn<QByteArray>("truth");
+    QTest::addColumn<QByteArray>("lie");
+    constexpr int name_of_fixed = 37;
+    constexpr int name_of_variable = 33;
+    QTest::newRow("a column is a table") << QByteArray("second") << 8 - name_of_variable << QByteArray("\2")
+                                         << QByteArray("\1");
+    QTest::newRow("a column twice") << QByteArray("second") << 10 - name_of_variable << QByteArray("\x81")
+                                    << QByteArray("\x80");
+    QTest::newRow("of a later table") << QByteArray("second") << 7 - name_of_variable << QByteArray(1, '\0')
+                                      << QByteArray("\1");
+    QTest::newRow("a larger number") << QByteArray("number") << 18 - name_of_fixed << QByteArray("\4")
+                                     << QByteArray("\x8");
+    QTest::newRow("much larger bytes") << QByteArray("guid") << 19 - name_of_fixed << QByteArray(1, '\0')
+                                       << QByteArray("\x10");
+}
+
+void test_ese_values::refuses_catalogs_that_lie()
+{
+    QFETCH(QByteArray, column);
+    QFETCH(int, place);
+    QFETCH(QByteArray, truth);
+    QFETCH(QByteArray, lie);
+    const QString path = new_path();
+    evidence::ese_file file(path);
+    evidence::ese_table table = file.add_table("Values", {{"number", ese_type::signed32},
+                                                          {"guid", ese_type::guid},
+                                                          {"first", ese_type::binary},
+                                                          {"second", ese_type::binary}});
+    table.add_record({ese_value::number(qint64{1}), ese_value(), ese_value::bytes("a"), ese_value::bytes("b")});
+    file.finish();
+    QCOMPARE(table_values(path).records.size(), 1);
+    QByteArray content = content_of(path);
+    const int name = content.indexOf(column);
+    QCOMPARE(content.mid(name + place, 1), truth);
+    content.replace(name + place, 1, lie);
+    evidence::write_file(path, content);
+    const table_values read(path);
+    QCOMPARE(read.result, -1);
+    QVERIFY(read.records.isEmpty());
 }
 
 void test_ese_values::survives_damage()
