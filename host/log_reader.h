@@ -49,5 +49,6 @@ struct log_failures
     QStringList first; ///< the first lines, up to the limit
 };
 
-/// The lines that tell a failure, and the records that do not decipher. A log that cannot be opened is one failure.
+/// The lines that tell a failure, and the records that do not decipher. A log that cannot be opened is one failure, and
+/// so is one that does not hold the run's last line.
 log_failures failures_in(log_reader &log, int limit);
