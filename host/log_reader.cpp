@@ -69,12 +69,20 @@ bool log_reader::next()
     return true;
 }
 
+// Out: the operation that wrote the line; empty for a line that is none of the log's.
+static QString operation_of(const QString &line)
+{
+    static const QRegularExpression operation(QStringLiteral("\\[(\\w+::\\w+)\\]:--"));
+    return operation.match(line).captured(1);
+}
+
 log_failures failures_in(log_reader &log, int limit)
 {
     static const QRegularExpression failure_mark(QStringLiteral("-+\\s*FAILED\\s*-+"));
     const QLatin1String last_line_of_run("[mail::pub_extract_artifacts]:-- END");
     log_failures failures;
     const auto add = [&](const QString &line) {
+        failures.operations.insert(operation_of(line));
         if (failures.count++ < limit) {
             failures.first += line;
         }
