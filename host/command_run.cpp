@@ -3,6 +3,7 @@
 #include "host/command_line.h"
 #include "host/extraction.h"
 #include "host/log_reader.h"
+#include "host/operation_tables.h"
 #include "host/plugin_library.h"
 #include "host/result_database.h"
 #include "host/run_request.h"
@@ -112,6 +113,25 @@ void print_failures(const log_failures &failures, const QString &log_file)
     }
 }
 
+// The tables that may lack rows, as the failures have it.
+void print_incomplete_tables(const log_failures &failures)
+{
+    QStringList tables;
+    for (const QString &operation : failures.operations) {
+        const QStringList filled = tables_filled_by(operation);
+        if (filled.isEmpty()) {
+            print_line(QStringLiteral("Incomplete: possibly every table"));
+            return;
+        }
+        tables += filled;
+    }
+    tables.removeDuplicates();
+    tables.sort();
+    if (!tables.isEmpty()) {
+        print_line(QStringLiteral("Incomplete: %1").arg(tables.join(QLatin1String(", "))));
+    }
+}
+
 log_failures failures_of(const run_request &request, qint64 log_begin)
 {
     log_reader log(request.places.log_file,
@@ -158,6 +178,7 @@ int command_run(const QStringList &arguments)
     const bool has_result = print_result(request, rows_before);
     const log_failures failures = failures_of(request, log_begin);
     print_failures(failures, request.places.log_file);
+    print_incomplete_tables(failures);
     print_line(QStringLiteral("Result database: %1")
                    .arg(escaped_for_terminal(result_database_path(request.places.result_directory))));
     print_line(QStringLiteral("Log: %1").arg(escaped_for_terminal(request.places.log_file)));

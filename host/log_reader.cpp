@@ -69,11 +69,20 @@ bool log_reader::next()
     return true;
 }
 
+// Out: the operation that wrote the line; empty for a line that is none of the log's.
+static QString operation_of(const QString &line)
+{
+    static const QRegularExpression operation(QStringLiteral("\\[(\\w+::\\w+)\\]:--"));
+    return operation.match(line).captured(1);
+}
+
 log_failures failures_in(log_reader &log, int limit)
 {
     static const QRegularExpression failure_mark(QStringLiteral("-+\\s*FAILED\\s*-+"));
+    const QLatin1String last_line_of_run("[mail::pub_extract_artifacts]:-- END");
     log_failures failures;
     const auto add = [&](const QString &line) {
+        failures.operations.insert(operation_of(line));
         if (failures.count++ < limit) {
             failures.first += line;
         }
@@ -81,12 +90,17 @@ log_failures failures_in(log_reader &log, int limit)
     if (!log.open()) {
         add(QStringLiteral("the log cannot be read: %1").arg(log.error_text()));
     }
+    bool has_end = false;
     while (log.next()) {
+        has_end = log.is_readable() && log.line().endsWith(last_line_of_run);
         if (!log.is_readable()) {
             add(QStringLiteral("record %1 of the log does not decipher").arg(log.number()));
         } else if (log.line().contains(QLatin1String("FAILED")) && log.line().contains(failure_mark)) {
             add(log.line());
         }
+    }
+    if (!has_end) { // as on a full disk, where the lines that tell of it are lost
+        add(QStringLiteral("the log breaks off before the end of the run: what failed after that is not known"));
     }
     return failures;
 }

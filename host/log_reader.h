@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QFile>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -46,8 +47,10 @@ private:
 struct log_failures
 {
     qint64 count = 0;
-    QStringList first; ///< the first lines, up to the limit
+    QStringList first;        ///< the first lines, up to the limit
+    QSet<QString> operations; ///< that have failed, as "mail_macos::extract_messages"; an empty name is one not known
 };
 
-/// The lines that tell a failure, and the records that do not decipher. A log that cannot be opened is one failure.
+/// The lines that tell a failure, and the records that do not decipher. A log that cannot be opened is one failure, and
+/// so is one that does not hold the run's last line.
 log_failures failures_in(log_reader &log, int limit);

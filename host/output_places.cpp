@@ -1,5 +1,6 @@
 #include "host/output_places.h"
 
+#include "core/sqlite_database.h"
 #include "host/command_line.h"
 #include "host/result_database.h"
 
@@ -89,6 +90,17 @@ void check_file_usable(const QString &what, const QString &path)
     }
 }
 
+// Without this, each statement of the run would wait for the other process in vain.
+void check_database_unlocked(const QString &path)
+{
+    sqlite_database database;
+    if (QFileInfo(path).size() > 0 && (!database.open_for_writing(path) || !database.execute("BEGIN IMMEDIATE"))) {
+        throw unusable_input{QStringLiteral("the result database \"%1\" cannot be written: %2. Wait for the process "
+                                            "that holds it, or give another result folder")
+                                 .arg(path, database.error_text())};
+    }
+}
+
 void check_database_usable(const QString &path)
 {
     check_file_usable(QStringLiteral("result database"), path);
@@ -97,6 +109,7 @@ void check_database_usable(const QString &path)
                                             "folder")
                                  .arg(path)};
     }
+    check_database_unlocked(path);
 }
 
 void check_log_usable(const output_places &places)

@@ -9,6 +9,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void run_extracts_every_user_of_a_volume();
     void run_continues_results_and_replaces_its_log();
     void enciphered_log_deciphers();
+    void database_held_by_another_process_is_told();
     void failures_are_told();
     void interrupt_keeps_the_rows();
 
@@ -264,6 +267,20 @@ void mail_extract_test::enciphered_log_deciphers()
     QVERIFY(log.output.endsWith(QLatin1String(":-- END\n")));
 }
 
+void mail_extract_test::database_held_by_another_process_is_told()
+{
+    QCOMPARE(run(QStringLiteral("run ios --result held")).exit_code, 0);
+    {
+        QSqlDatabase holder = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("holder"));
+        holder.setDatabaseName(path(QStringLiteral("held/Artifacts_Result/Mail/Mail.sqlite")));
+        QVERIFY(holder.open() && QSqlQuery(holder).exec(QStringLiteral("BEGIN EXCLUSIVE")));
+        const finished_program program = run(QStringLiteral("run ios --result held"));
+        QCOMPARE(program.exit_code, 2);
+        QVERIFY2(program.errors.contains(QLatin1String("database is locked")), qPrintable(program.errors));
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("holder"));
+}
+
 // An index that is no database fails its tab; the failures of an earlier run in the same log do not count again.
 void mail_extract_test::failures_are_told()
 {
@@ -280,6 +297,7 @@ void mail_extract_test::failures_are_told()
         const finished_program first = run(whole);
         QCOMPARE(first.exit_code, 1);
         QVERIFY2(first.output.contains(QLatin1String("FAILED")), qPrintable(first.output));
+        QVERIFY2(has_line(first.output, QStringLiteral("Incomplete: messages")), qPrintable(first.output));
         QCOMPARE(failure_count(run(whole)), failure_count(first));
     }
 }

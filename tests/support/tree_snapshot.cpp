@@ -29,16 +29,15 @@ QString state_of(const QString &path)
     if (S_ISLNK(status.st_mode)) {
         status.st_atim = {}; // a link cannot be followed without moving its access time
     }
-    return QStringLiteral("%1 mode %2 size %3 modified %4.%5 changed %6.%7 read %8.%9")
-        .arg(path)
-        .arg(status.st_mode, 0, 8)
-        .arg(status.st_size)
-        .arg(status.st_mtim.tv_sec)
-        .arg(status.st_mtim.tv_nsec)
-        .arg(status.st_ctim.tv_sec)
-        .arg(status.st_ctim.tv_nsec)
-        .arg(status.st_atim.tv_sec)
-        .arg(status.st_atim.tv_nsec);
+    return path + QStringLiteral(" mode %1 size %2 modified %3.%4 changed %5.%6 read %7.%8")
+                      .arg(status.st_mode, 0, 8)
+                      .arg(status.st_size)
+                      .arg(status.st_mtim.tv_sec)
+                      .arg(status.st_mtim.tv_nsec)
+                      .arg(status.st_ctim.tv_sec)
+                      .arg(status.st_ctim.tv_nsec)
+                      .arg(status.st_atim.tv_sec)
+                      .arg(status.st_atim.tv_nsec);
 }
 
 } // namespace
