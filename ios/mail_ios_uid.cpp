@@ -2,7 +2,9 @@
 #include "ios/mail_ios_uid.h"
 
 #include "core/operation_log.h"
+#include "core/result_session.h"
 #include "ios/short_message_reader.h"
+#include "services/property_list.h"
 #include "services/source_files.h"
 
 #include <QFileInfo>
@@ -68,6 +70,20 @@ bool mail_ios_uid::is_file_of_backup(const QString &path) const
 {
     const bool is_below_root = !source_root_path_QString.isEmpty() && path.startsWith(source_root_path_QString);
     return is_below_root ? stands_below(source_root_path_QString, path) : QFileInfo::exists(path);
+}
+
+bool mail_ios_uid::open_list(property_list &list, const QString &file, result_session &destination,
+                             const list_texts &texts) const
+{
+    if (file.trimmed().isEmpty() || !destination.open(texts.destination_failure)) {
+        return false;
+    }
+    list = property_list::from_file(file);
+    if (!list.root().is_dictionary()) {
+        texts.log.failure(texts.list_failure, file);
+        return false;
+    }
+    return true;
 }
 
 void mail_ios_uid::extract_plugin_artifacts()

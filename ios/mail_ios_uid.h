@@ -9,6 +9,7 @@
 #include <optional>
 
 class account_look_up;
+class property_list;
 class property_list_value;
 class short_message_reader;
 class source_query;
@@ -65,6 +66,17 @@ private Q_SLOTS:
 private:
     // --- Sources and driver: mail_ios_uid.cpp ------------------------------------------------------------------------
     struct source_file;
+    /// The fixed texts of an operation that reads a property list.
+    struct list_texts
+    {
+        const operation_log &log;
+        const failure_text &destination_failure;
+        const failure_text &list_failure;
+    };
+    /// Opens the result database and reads a property list of the backup. Out: false when the backup does not hold it,
+    /// and, logged, when the database does not open or the list is no dictionary.
+    bool open_list(property_list &list, const QString &file, result_session &destination,
+                   const list_texts &texts) const;
     /// The two paths of a row: in the backup, and as the device knows it.
     struct row_paths
     {

@@ -38,16 +38,9 @@ void mail_ios_uid::xcode_extract_mail_accounts()
 {
     static constexpr operation_log log{"void mail_ios_uid::xcode_extract_mail_accounts()"};
     log("[xcode_extract_mail_accounts] Starts");
-    if (mobilemail_plist_file_QString.trimmed().isEmpty()) {
-        return;
-    }
     result_session destination{log, destination_db_path_QString};
-    if (!destination.open(destination_failure)) {
-        return;
-    }
-    const property_list list = property_list::from_file(mobilemail_plist_file_QString);
-    if (!list.root().is_dictionary()) {
-        log.failure(list_failure, QString());
+    property_list list;
+    if (!open_list(list, mobilemail_plist_file_QString, destination, {log, destination_failure, list_failure})) {
         return;
     }
     const property_list_value entries = list.root().object_for_key("LastDataProviderSubsections");

@@ -58,16 +58,10 @@ void mail_ios_uid::xcode_extract_mail_vip_senders()
 {
     static constexpr operation_log log{"void mail_ios_uid::xcode_extract_mail_vip_senders()"};
     log("[xcode_extract_mail_vip_senders] Starts");
-    if (mobilemail_plist_file_QString.trimmed().isEmpty()) {
-        return;
-    }
     result_session destination{log, destination_db_path_QString};
-    if (!destination.open(senders_destination_failure)) {
-        return;
-    }
-    const property_list list = property_list::from_file(mobilemail_plist_file_QString);
-    if (!list.root().is_dictionary()) {
-        log.failure(senders_list_failure, QString());
+    property_list list;
+    if (!open_list(list, mobilemail_plist_file_QString, destination,
+                   {log, senders_destination_failure, senders_list_failure})) {
         return;
     }
     const property_list_value senders = list.root().object_for_key("VIP-senders");
@@ -120,16 +114,9 @@ void mail_ios_uid::xcode_extract_mail_vip_contacts()
 {
     static constexpr operation_log log{"void mail_ios_uid::xcode_extract_mail_vip_contacts()"};
     log("Starts");
-    if (searchd_plist_file_QString.trimmed().isEmpty()) {
-        return;
-    }
     result_session destination{log, destination_db_path_QString};
-    if (!destination.open(vips_destination_failure)) {
-        return;
-    }
-    const property_list list = property_list::from_file(searchd_plist_file_QString);
-    if (!list.root().is_dictionary()) {
-        log.failure(vips_list_failure, searchd_plist_file_QString);
+    property_list list;
+    if (!open_list(list, searchd_plist_file_QString, destination, {log, vips_destination_failure, vips_list_failure})) {
         return;
     }
     const property_list_value vips = list.root().object_for_key("mailVips");
