@@ -1,9 +1,9 @@
 // Table mail_data: one row a file of the UniStore that is HTML, or holds HTML somewhere, with its plain text.
 #include "services/byte_text.h"
+#include "services/html_text.h"
 #include "services/source_mime_type.h"
 #include "windows/body_rows.h"
 #include "windows/html_block_scan.h"
-#include "services/html_text.h"
 #include "windows/mail_winos.h"
 #include "windows/profile_files.h"
 

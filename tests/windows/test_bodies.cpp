@@ -2,11 +2,11 @@
 // the run busy.
 #include "evidence/files.h"
 #include "evidence/windows_profile.h"
+#include "services/html_measure.h"
+#include "services/html_text.h"
 #include "tests/support/host_run.h"
 #include "tests/support/tree_snapshot.h"
 #include "windows/html_block_scan.h"
-#include "services/html_measure.h"
-#include "services/html_text.h"
 
 #include <QDateTime>
 #include <QDir>
