@@ -19,7 +19,7 @@ QString behind_last(const QString &text, const char *mark)
 
 QString value_of(const QByteArray &line)
 {
-    return line.isNull() ? QString() : behind_last(QString::fromUtf8(line), ":");
+    return line.isNull() ? QString() : behind_last_colon(QString::fromUtf8(line));
 }
 
 // An address: what a display name in encoded words leaves behind, without its angle brackets.
@@ -29,6 +29,12 @@ QString address_of(const QByteArray &line)
 }
 
 } // namespace
+
+QString behind_last_colon(const QString &text)
+{
+    const int at = text.lastIndexOf(QLatin1Char(':'));
+    return at < 0 ? QStringLiteral("") : text.mid(at + 1);
+}
 
 bool eml_header_scan::take(const char *data, int size)
 {

@@ -17,6 +17,9 @@ struct eml_header_values
     QString date;
 };
 
+/// Out: what follows the last ":"; empty without one.
+QString behind_last_colon(const QString &text);
+
 /// Takes the bytes of a file in pieces of any size, in time proportional to them and with one line in memory.
 class eml_header_scan
 {

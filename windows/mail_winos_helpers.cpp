@@ -1,5 +1,6 @@
 // Conversions of values that the stores and mail files hold. Fills no table itself.
 #include "services/byte_text.h"
+#include "windows/eml_header_scan.h"
 #include "windows/mail_winos.h"
 
 namespace {
@@ -26,6 +27,5 @@ QString mail_winos::base64_decode(const QString &text)
 
 QString mail_winos::split_info_parsed(const QString &text)
 {
-    const int last_colon = text.lastIndexOf(QLatin1Char(':'));
-    return last_colon < 0 ? QLatin1String("") : text.mid(last_colon + 1);
+    return behind_last_colon(text);
 }
