@@ -68,7 +68,7 @@ QString plugin_path()
 void run_plugin(const work &work, const QString &root, const QString &result_directory, stopwatch &watch)
 {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QPA_PLATFORM", "minimal");
     }
     int argument_count = 1;
     char name[] = "mail-bench";

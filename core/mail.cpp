@@ -7,6 +7,7 @@
 #include "ios/mail_ios_uniform.h"
 #include "macos/mail_macos.h"
 #include "services/plugin_helper_functions.h"
+#include "services/unreadable_sources.h"
 #include "ui_mail.h"
 #include "windows/mail_winos.h"
 
@@ -21,6 +22,13 @@ const std::array<mail::scheme, 4> mail::schemes{{
     {"winOS", [](mail &m) { m.mail_winos_obj->winos_find_artifacts_source(); },
      [](mail &m) { m.mail_winos_obj->winos_extract_artifacts(); }},
 }};
+
+// What no operation has a failure line for.
+static void log_unreadable_source(const QString &path, const QString &error_text)
+{
+    constexpr operation_log log("source_files::read");
+    log.failure({"cannot be read ----FAILED----", "ERROR :- "}, path, error_text);
+}
 
 mail::mail(QWidget *parent) : QFrame(parent), ui(std::make_unique<Ui_mail>())
 {
@@ -132,6 +140,7 @@ void mail::pub_set_general_info(struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_general_
 void mail::pub_set_source_info(struct_GLOBAL_COMMON_TRAWL_AND_ARTIFACT_source_info source_info)
 {
     os_scheme_internal_QString = source_info.os_scheme_internal_QString;
+    tell_unreadable_sources_to(log_unreadable_source);
     plugin_static_function::set_source_info(source_info);
     mail_macos_obj->macos_set_source_info(source_info);
     mail_ios_uid_obj->ios_uid_set_source_info(source_info);
@@ -255,6 +264,7 @@ void mail::slot_extracted_records_of_plugin(qint64 rec)
 
 void mail::slot_total_tabs_processed(int tab_count)
 {
+    tell_unreadable_sources_to(log_unreadable_source); // the next tab is told anew of what it needs
     tab_processed_count_int = tab_count;
     Q_EMIT signal_tab_processed_of_plugin_overall(tab_processed_count_int);
 }

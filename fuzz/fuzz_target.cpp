@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 // Qt's own objects live as long as the process, which the fuzzer ends without a return from main.
 extern "C" int LLVMFuzzerInitialize(int *argument_count, char ***arguments)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QPA_PLATFORM", "minimal");
     qputenv("LC_ALL", "C.UTF-8");
     qputenv("TZ", "America/St_Johns"); // half an hour off, with summer time
     std::setlocale(LC_ALL, "C.UTF-8");

@@ -69,38 +69,81 @@ bool log_reader::next()
     return true;
 }
 
+namespace {
+
 // Out: the operation that wrote the line; empty for a line that is none of the log's.
-static QString operation_of(const QString &line)
+QString operation_of(const QString &line)
 {
     static const QRegularExpression operation(QStringLiteral("\\[(\\w+::\\w+)\\]:--"));
     return operation.match(line).captured(1);
 }
 
-log_failures failures_in(log_reader &log, int limit)
+// Goes through the lines in their order. A file of the evidence that could not be read is logged by whoever opens
+// files; it concerns the operation that wrote the line in front of that, or the one behind it.
+class failure_collector
 {
-    static const QRegularExpression failure_mark(QStringLiteral("-+\\s*FAILED\\s*-+"));
-    const QLatin1String last_line_of_run("[mail::pub_extract_artifacts]:-- END");
-    log_failures failures;
-    const auto add = [&](const QString &line) {
-        failures.operations.insert(operation_of(line));
+public:
+    explicit failure_collector(int shown_limit) : limit(shown_limit) {}
+
+    void meet(const QString &line)
+    {
+        static const QRegularExpression failure_mark(QStringLiteral("-+\\s*FAILED\\s*-+"));
+        const bool is_of_reader = line.contains(QLatin1String("[source_files::read]:--"));
+        const bool is_failure = line.contains(QLatin1String("FAILED")) && line.contains(failure_mark);
+        if (!is_of_reader) {
+            previous_line = line;
+        }
+        if (is_failure || (is_next_concerned && !is_of_reader)) {
+            failures.operations.insert(operation_of(previous_line));
+            is_next_concerned = is_of_reader;
+        }
+        if (is_failure) {
+            show(line);
+        }
+    }
+    /// A failure of which no operation is known.
+    void add(const QString &sentence)
+    {
+        failures.operations.insert(QString());
+        show(sentence);
+    }
+    const log_failures &result() const { return failures; }
+
+private:
+    void show(const QString &line)
+    {
         if (failures.count++ < limit) {
             failures.first += line;
         }
-    };
+    }
+
+    const int limit;
+    log_failures failures;
+    QString previous_line; // of an operation
+    bool is_next_concerned = false;
+};
+
+} // namespace
+
+log_failures failures_in(log_reader &log, int limit)
+{
+    const QLatin1String last_line_of_run("[mail::pub_extract_artifacts]:-- END");
+    failure_collector failures(limit);
     if (!log.open()) {
-        add(QStringLiteral("the log cannot be read: %1").arg(log.error_text()));
+        failures.add(QStringLiteral("the log cannot be read: %1").arg(log.error_text()));
     }
     bool has_end = false;
     while (log.next()) {
         has_end = log.is_readable() && log.line().endsWith(last_line_of_run);
-        if (!log.is_readable()) {
-            add(QStringLiteral("record %1 of the log does not decipher").arg(log.number()));
-        } else if (log.line().contains(QLatin1String("FAILED")) && log.line().contains(failure_mark)) {
-            add(log.line());
+        if (log.is_readable()) {
+            failures.meet(log.line());
+        } else {
+            failures.add(QStringLiteral("record %1 of the log does not decipher").arg(log.number()));
         }
     }
     if (!has_end) { // as on a full disk, where the lines that tell of it are lost
-        add(QStringLiteral("the log breaks off before the end of the run: what failed after that is not known"));
+        failures.add(
+            QStringLiteral("the log breaks off before the end of the run: what failed after that is not known"));
     }
-    return failures;
+    return failures.result();
 }

@@ -48,7 +48,7 @@ struct log_failures
 {
     qint64 count = 0;
     QStringList first;        ///< the first lines, up to the limit
-    QSet<QString> operations; ///< that have failed, as "mail_macos::extract_messages"; an empty name is one not known
+    QSet<QString> operations; ///< that may lack rows, as "mail_macos::extract_messages"; an empty name is one not known
 };
 
 /// The lines that tell a failure, and the records that do not decipher. A log that cannot be opened is one failure, and

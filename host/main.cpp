@@ -133,15 +133,15 @@ constexpr command_entry commands[] = {
     {"decipher", decipher_help, command_decipher, false},
 };
 
-// File names and log lines pass through the local encoding, which loses text where that is ASCII. And no display is
-// needed, although the plug-in object is a widget.
+// File names and log lines pass through the local encoding, which loses text where that is ASCII. No display is needed,
+// although the plug-in object is a widget, and no fonts: who looks for them writes a cache into the home folder.
 void prepare_environment()
 {
     if (setlocale(LC_ALL, "") == nullptr || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) {
         setenv("LC_ALL", "C.UTF-8", 1);
         setlocale(LC_ALL, "");
     }
-    setenv("QT_QPA_PLATFORM", "offscreen", 1); // nothing is shown, and a screen may not be there
+    setenv("QT_QPA_PLATFORM", "minimal", 1);
 }
 
 // Qt's warnings name no cause that our own sentences do not.
@@ -167,13 +167,24 @@ const command_entry &find_command(const QString &name)
                                         : QStringLiteral("there is no command \"%1\": %2").arg(name, known)};
 }
 
+// Where the session has no folder for sockets, Qt makes one among the temporary files at its start. Nothing here needs
+// it, so that it finds no place for it.
+std::unique_ptr<QCoreApplication> make_widget_application(int &argument_count, char **arguments)
+{
+    const QByteArray folder = qgetenv("TMPDIR");
+    setenv("TMPDIR", "/dev/null", 1);
+    auto application = std::make_unique<QApplication>(argument_count, arguments);
+    folder.isNull() ? unsetenv("TMPDIR") : setenv("TMPDIR", folder.constData(), 1);
+    return application;
+}
+
 int run_command(const command_entry &command, const QStringList &arguments, char *program_name)
 {
     // Qt gets no arguments: it would take those that it knows out of ours.
     int argument_count = 1;
     char *only_argument[] = {program_name, nullptr};
     const std::unique_ptr<QCoreApplication> application =
-        command.needs_plugin ? std::make_unique<QApplication>(argument_count, only_argument)
+        command.needs_plugin ? make_widget_application(argument_count, only_argument)
                              : std::make_unique<QCoreApplication>(argument_count, only_argument);
     const int code = command.run(arguments);
     if (output_failed() && code == exit_done) {

@@ -1,5 +1,7 @@
 #include "services/source_files.h"
 
+#include "services/unreadable_sources.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -28,11 +30,17 @@ constexpr int keep_access_time = 0;
 constexpr std::size_t copy_block_size = 1 << 20;
 
 // Only the owner of a file may read it without moving its access time; others read it as it is.
-int open_read_only(const char *path, int flags)
+file_descriptor open_read_only(const QByteArray &path, int flags)
 {
     const int wanted = O_RDONLY | O_CLOEXEC | O_NONBLOCK | flags;
-    const int descriptor = ::open(path, wanted | keep_access_time);
-    return descriptor < 0 && errno == EPERM ? ::open(path, wanted) : descriptor;
+    int descriptor = ::open(path.constData(), wanted | keep_access_time);
+    if (descriptor < 0 && errno == EPERM) {
+        descriptor = ::open(path.constData(), wanted);
+    }
+    if (descriptor < 0) {
+        note_unreadable_source(path, errno);
+    }
+    return file_descriptor(descriptor);
 }
 
 int flag_of(links policy)
@@ -78,20 +86,29 @@ bool copy_content(const file_descriptor &source, const file_descriptor &copy, co
     return true;
 }
 
+// Out: the path of an open file, all links followed; empty where the kernel does not tell it.
+QByteArray path_of(const file_descriptor &file)
+{
+    const QByteArray link = "/proc/self/fd/" + QByteArray::number(file.get());
+    QByteArray target(PATH_MAX, Qt::Uninitialized);
+    const ssize_t length = ::readlink(link.constData(), target.data(), static_cast<std::size_t>(target.size()));
+    return length > 0 && target.at(0) == '/' ? target.left(static_cast<int>(length)) : QByteArray();
+}
+
 // The path of what stands there with all links followed; empty when nothing does. The kernel knows it of every open
 // file, which is cheaper than asking for each folder of the path; where it does not tell, the folders are asked.
 QByteArray canonical_path(const QString &path)
 {
 #ifdef O_PATH
-    const file_descriptor file(::open(encoded(path).constData(), O_PATH | O_CLOEXEC));
+    const QByteArray name = encoded(path);
+    const file_descriptor file(::open(name.constData(), O_PATH | O_CLOEXEC));
     if (!file.is_open()) {
+        note_unreadable_source(name, errno);
         return QByteArray();
     }
-    const QByteArray link = "/proc/self/fd/" + QByteArray::number(file.get());
-    QByteArray target(PATH_MAX, Qt::Uninitialized);
-    const ssize_t length = ::readlink(link.constData(), target.data(), static_cast<std::size_t>(target.size()));
-    if (length > 0 && target.at(0) == '/') {
-        return target.left(static_cast<int>(length));
+    const QByteArray target = path_of(file);
+    if (!target.isEmpty()) {
+        return target;
     }
 #endif
     return encoded(QFileInfo(path).canonicalFilePath());
@@ -148,7 +165,7 @@ int file_descriptor::release()
 
 file_descriptor open_source_file(const QString &path, links policy)
 {
-    file_descriptor file(open_read_only(encoded(path).constData(), flag_of(policy)));
+    file_descriptor file = open_read_only(encoded(path), flag_of(policy));
     struct stat status = {};
     if (file.is_open() && (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))) {
         return file_descriptor();
@@ -162,7 +179,9 @@ file_status status_of(const QString &path)
 #ifdef STATX_BTIME
     // Asked of the system itself: on its way through local time the answer would cost several looks at the time zone.
     struct statx status = {};
-    if (::statx(AT_FDCWD, encoded(path).constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+    const QByteArray name = encoded(path);
+    if (::statx(AT_FDCWD, name.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+        note_unreadable_source(name, errno);
         return found;
     }
     if (status.stx_mask & STATX_BTIME) { // cut towards zero
@@ -190,6 +209,10 @@ qint64 read_block(const file_descriptor &file, char *data, std::size_t size)
     do {
         count = ::read(file.get(), data, size);
     } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        const int error = errno;
+        note_unreadable_source(path_of(file), error);
+    }
     return count;
 }
 
@@ -301,7 +324,7 @@ folder_walk::folder_walk(const QString &folder, links policy, companion_files po
 bool folder_walk::open_level(const QByteArray &relative_path, links policy)
 {
     const QByteArray path = folder_path + relative_path;
-    file_descriptor descriptor(open_read_only(path.isEmpty() ? "/" : path.constData(), O_DIRECTORY | flag_of(policy)));
+    file_descriptor descriptor = open_read_only(path.isEmpty() ? QByteArray("/") : path, O_DIRECTORY | flag_of(policy));
     if (!descriptor.is_open()) {
         return false;
     }
@@ -316,10 +339,15 @@ bool folder_walk::open_level(const QByteArray &relative_path, links policy)
     if (!relative_path.isEmpty()) {
         opened.relative_path = relative_path + '/';
     }
+    errno = 0;
     while (const dirent *item = ::readdir(folder.get())) {
         if (!is_self_or_parent(item->d_name) && (companions == companion_files::meet || !is_companion(item->d_name))) {
             opened.entries.push_back({QByteArray(item->d_name), kind_of(folder.get(), *item)});
         }
+        errno = 0;
+    }
+    if (errno != 0) {
+        note_unreadable_source(path, errno);
     }
     levels.push_back(std::move(opened));
     return true;

@@ -58,8 +58,7 @@ void bound(int resource, rlim_t limit)
     ::dup2(output, STDERR_FILENO);
     ::setenv("HOME", place.home().c_str(), 1);
     ::setenv("TMPDIR", place.home().c_str(), 1);
-    ::setenv("XDG_RUNTIME_DIR", place.home().c_str(), 1);
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    ::unsetenv("XDG_RUNTIME_DIR");
     ::setenv("ASAN_OPTIONS", "detect_leaks=1:strict_string_checks=1:hard_rss_limit_mb=3072", 1);
     ::setenv("UBSAN_OPTIONS", "print_stacktrace=1", 1);
     bound(RLIMIT_CORE, 0);

@@ -107,7 +107,7 @@ int report(const char *trial, const trial_request &request, uint64_t seed, const
 
 int main(int argc, char *argv[])
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen"); // the plug-in object is a widget
+    qputenv("QT_QPA_PLATFORM", "minimal"); // the plug-in object is a widget, and needs no fonts
     const QApplication application(argc, argv);
     try {
         return trial::run(QCoreApplication::arguments());

@@ -61,6 +61,7 @@ private Q_SLOTS:
     void counts_go_on_until_essentials_are_set();
     void selected_tabs_are_taken_whole();
     void log_file_is_appended_to();
+    void log_file_that_does_not_open();
     void insert_failure_is_logged_and_the_next_row_follows();
 };
 
@@ -347,6 +348,15 @@ void test_plugin_object::log_file_is_appended_to()
     run.run();
     QCOMPARE(run.log().mid(0, first.size()), first);
     QCOMPARE(run.log().size(), 2 * first.size());
+}
+
+void test_plugin_object::log_file_that_does_not_open()
+{
+    QTemporaryDir folder;
+    host_run run(ios_scheme, write_tree(folder, {QStringLiteral("one"), QStringLiteral("two")}), both_tabs);
+    QVERIFY(QDir(run.result_directory()).mkdir(QStringLiteral("run.log"))); // a folder in its place
+    run.run();
+    QCOMPARE(run.row_count(QStringLiteral("messages")), 2);
 }
 
 void test_plugin_object::insert_failure_is_logged_and_the_next_row_follows()

@@ -35,11 +35,13 @@ private Q_SLOTS:
 
     void bad_input_is_refused_data();
     void bad_input_is_refused();
-    void results_without_permission_are_refused();
+    void permissions_are_told_data();
+    void permissions_are_told();
 
     void source_is_recognised_data();
     void source_is_recognised();
 
+    void run_writes_results_alone();
     void run_extracts_and_leaves_the_source_alone();
     void run_extracts_every_user_of_a_volume();
     void run_continues_results_and_replaces_its_log();
@@ -142,17 +144,48 @@ void mail_extract_test::bad_input_is_refused()
     QCOMPARE(state_of(folder.path()), before);
 }
 
-void mail_extract_test::results_without_permission_are_refused()
+void mail_extract_test::permissions_are_told_data()
 {
-    const QString closed = path(QStringLiteral("closed"));
-    QVERIFY(QDir().mkpath(closed));
-    QVERIFY(QFile::setPermissions(closed, QFile::ReadOwner | QFile::ExeOwner));
-    if (QFileInfo(closed).isWritable()) {
-        QSKIP("no folder is closed to this user");
+    QTest::addColumn<QString>("closed");
+    QTest::addColumn<int>("exit_code");
+    QTest::addColumn<QString>("told");
+
+    QTest::newRow("result folder") << "open" << 2 << "no permission to write results";
+    QTest::newRow("result database") << "open/Artifacts_Result/Mail/Mail.sqlite" << 2
+                                     << "no permission to read and write";
+    QTest::newRow("log") << "open/mail-extract.log" << 2 << "no permission to read and write the log";
+    QTest::newRow("index") << "ios/private/var/mobile/Library/Mail/Envelope Index" << 1 << "\nIncomplete: messages\n";
+    QTest::newRow("accounts") << "ios/private/var/mobile/Library/Accounts/Accounts3.sqlite" << 1
+                              << "\nIncomplete: accounts\n";
+    QTest::newRow("mail files") << "ios/private/var/mobile/Library/Mail/MessageData" << 1 << "\nIncomplete: messages\n";
+    QTest::newRow("all of the mail") << "ios/private/var/mobile/Library/Mail" << 1
+                                     << "\nIncomplete: possibly every table\n";
+}
+
+void mail_extract_test::permissions_are_told()
+{
+    QFETCH(QString, closed);
+    QFETCH(int, exit_code);
+    QFETCH(QString, told);
+    constexpr QFile::Permissions everything(0x7777);
+    QVERIFY(QFile::setPermissions(folder.path(), everything) && QDir().mkpath(path(QStringLiteral("open"))));
+    QVERIFY(QFile::setPermissions(path(QStringLiteral("open")), everything));
+    const QString arguments = QStringLiteral("run ios --scheme iOS_Uniform --clear --result open");
+    const auto run_it = [&] { return run_program_without_privileges(folder.path(), arguments); };
+    if (run_program_without_privileges(folder.path(), QStringLiteral("--version")).exit_code != 0) {
+        QSKIP("the program stands in a folder that is closed to other users");
     }
-    const finished_program program = run(QStringLiteral("run ios --result closed/out"));
-    QCOMPARE(program.exit_code, 2);
-    QVERIFY2(program.errors.contains(QLatin1String("no permission")), qPrintable(program.errors));
+    const finished_program undisturbed = run_it();
+    QVERIFY2(undisturbed.exit_code == 0, qPrintable(undisturbed.errors));
+
+    const QFile::Permissions before = QFile::permissions(path(closed));
+    QVERIFY(QFile::setPermissions(path(closed), QFile::Permissions()));
+    const finished_program program = run_it();
+    QVERIFY(QFile::setPermissions(path(closed), before));
+    QCOMPARE(program.exit_code, exit_code);
+    const QString output = program.output + program.errors;
+    QVERIFY2(output.contains(told), qPrintable(output));
+    QVERIFY2(output.contains(QFileInfo(closed).fileName()), qPrintable(output));
 }
 
 void mail_extract_test::source_is_recognised_data()
@@ -186,6 +219,28 @@ void mail_extract_test::source_is_recognised()
     QCOMPARE(program.output.contains(QLatin1String("Users: ")), !users.isEmpty());
     QVERIFY2(users.isEmpty() || has_line(program.output, QStringLiteral("Users: ") + users),
              qPrintable(program.output));
+}
+
+// Also not where a desktop would: a cache of fonts, a folder for sockets.
+void mail_extract_test::run_writes_results_alone()
+{
+    const QString home = path(QStringLiteral("home"));
+    QVERIFY(write_file(home + QLatin1String("/fonts.conf"), QStringLiteral("<fontconfig><dir>/usr/share/fonts</dir>"
+                                                                           "<cachedir>%1/fonts</cachedir></fontconfig>")
+                                                                .arg(home)
+                                                                .toUtf8()));
+    const QStringList before = state_of(home);
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+    environment.insert(QStringLiteral("FONTCONFIG_FILE"), home + QLatin1String("/fonts.conf"));
+    for (const char *name : {"HOME", "TMPDIR", "XDG_CACHE_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"}) {
+        environment.insert(QLatin1String(name), home);
+    }
+    process.setProcessEnvironment(environment);
+    start_program(process, folder.path(), QStringLiteral("run volume --result at_home"));
+    QCOMPARE(finish_program(process).exit_code, 0);
+    QCOMPARE(state_of(home), before);
 }
 
 void mail_extract_test::run_extracts_and_leaves_the_source_alone()

@@ -13,6 +13,9 @@
 
 #include <algorithm>
 
+#include <grp.h>
+#include <unistd.h>
+
 namespace {
 
 constexpr const char *folders[] = {
@@ -74,6 +77,18 @@ bool make_shown_database(const QString &path)
     QSqlDatabase::removeDatabase(connection_name);
     return succeeded;
 }
+
+class unprivileged_process : public QProcess
+{
+protected:
+    void setupChildProcess() override
+    {
+        constexpr uid_t nobody = 65534;
+        if (::geteuid() == 0 && (::setgroups(0, nullptr) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0)) {
+            ::_exit(127);
+        }
+    }
+};
 
 } // namespace
 
@@ -142,6 +157,13 @@ finished_program finish_program(QProcess &process)
 finished_program run_program(const QString &folder, const QString &arguments)
 {
     QProcess process;
+    start_program(process, folder, arguments);
+    return finish_program(process);
+}
+
+finished_program run_program_without_privileges(const QString &folder, const QString &arguments)
+{
+    unprivileged_process process;
     start_program(process, folder, arguments);
     return finish_program(process);
 }

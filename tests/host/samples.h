@@ -31,3 +31,5 @@ struct finished_program
 void start_program(QProcess &process, const QString &folder, const QString &arguments);
 finished_program finish_program(QProcess &process);
 finished_program run_program(const QString &folder, const QString &arguments);
+/// The same as a user to whom permissions mean something, where the test is run by root.
+finished_program run_program_without_privileges(const QString &folder, const QString &arguments);
