@@ -3,6 +3,7 @@
 
 #include "fuzz/changed_ese_file.h"
 #include "fuzz/fuzz_target.h"
+#include "windows/ese_table_records.h"
 #include "windows/ese_value_reader.h"
 
 namespace {
@@ -66,12 +67,14 @@ void read_table(const ese_file &file, libesedb_table_t *table)
     settled(libesedb_table_get_utf8_name(table, reinterpret_cast<std::uint8_t *>(name.data()),
                                          static_cast<std::size_t>(name.size()), &error),
             error);
+    const ese_table_records::window_plan small_windows{4, 1};
+    ese_table_records records(file, name.constData(), table, small_windows);
     int count = 0;
-    settled(libesedb_table_get_number_of_records(table, &count, &error), error);
+    settled(records.count(&count, &error), error);
     ese_value_reader values(file, QString::fromUtf8(name.constData()), no_log, "fuzz_one");
     for (int index = 0; index < count && index < most_records; ++index) {
         libesedb_record_t *fetched = nullptr;
-        const int result = settled(libesedb_table_get_record(table, index, &fetched, &error), error);
+        const int result = settled(records.get(index, &fetched, &error), error);
         const ese_record_handle record(fetched);
         if (result == 1) {
             values.enter_record(index);

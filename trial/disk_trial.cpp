@@ -74,6 +74,9 @@ QString finding_of(const child_outcome &outcome, const QByteArray &whole_table)
     QString finding = fault;
     if (fault.isEmpty() && outcome.exit_code == 0 && closing_table(outcome.output) != whole_table) {
         finding = QStringLiteral("it calls itself done, and has not all rows");
+    } else if (fault.isEmpty() && outcome.exit_code == 1 && closing_table(outcome.output) != whole_table &&
+               !outcome.output.contains("\nIncomplete: ")) {
+        finding = QStringLiteral("it does not say which tables lack rows");
     } else if (fault.isEmpty() && (outcome.exit_code < 0 || outcome.exit_code > 2)) {
         finding = QStringLiteral("it ended with exit code %1").arg(outcome.exit_code);
     }

@@ -15,14 +15,23 @@ namespace {
 
 constexpr int exit_unusable = 2;
 
-// Out: whether the extraction may refuse the source: a backup that calls itself encrypted, a user without a home
-// folder.
+// Out: whether the extraction may refuse the source: a backup that calls itself encrypted, a user without the folder by
+// which a home is known.
 bool may_refuse(const scheme &source_scheme, const tree_damage &damage)
 {
     const QStringList users = users_of(source_scheme);
     return damage.damaged.count("Manifest.plist") > 0 || damage.damaged.count("Users") > 0 ||
-           std::any_of(users.begin(), users.end(),
-                       [&](const QString &user) { return damage.damaged.count("Users/" + user.toStdString()) > 0; });
+           std::any_of(users.begin(), users.end(), [&](const QString &user) {
+               const std::string home = "Users/" + user.toStdString();
+               return damage.damaged.count(home) > 0 || damage.damaged.count(home + "/AppData") > 0;
+           });
+}
+
+bool takes_permissions_alone(const tree_damage &damage)
+{
+    const QStringList lines = damage.description.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return std::all_of(lines.begin(), lines.end(),
+                       [](const QString &line) { return line.startsWith(QLatin1String("  permissions taken: ")); });
 }
 
 QString finding_of(const workplace &place, const trial_request &request, const result_rows &whole,
@@ -45,8 +54,11 @@ QString finding_of(const workplace &place, const trial_request &request, const r
     finding += outside.changes();
     finding += place.strangers();
     finding += integrity_fault(place.database(), place.scratch());
-    const result_rows expected = rows_without(*request.source_scheme, whole, damage.damaged);
-    return finding + missing_rows(expected, read_rows(place.database()));
+    const result_rows present = read_rows(place.database());
+    if (outcome.exit_code == 0 && takes_permissions_alone(damage) && !missing_rows(whole, present).isEmpty()) {
+        finding += QStringLiteral("it calls itself done, although what it was not allowed to read is missing\n");
+    }
+    return finding + missing_rows(rows_without(*request.source_scheme, whole, damage.damaged), present);
 }
 
 } // namespace

@@ -31,6 +31,8 @@ public:
     const QString &path() const { return file_path; }
     /// The same file for reading its bytes, while it is open.
     const file_descriptor &bytes() const { return *source; }
+    /// What the library reads the open file through.
+    const ese_source_handle &stream() const { return *library_source; }
 
 private:
     int open_in_library(libesedb_error_t **error);

@@ -121,6 +121,21 @@ std::optional<checksum_kind> checksum_kind_of(const QByteArray &page, quint32 nu
     return std::nullopt;
 }
 
+int header_size_of(const QByteArray &page)
+{
+    return page.size() > largest_small_page ? large_header_size : small_header_size;
+}
+
+int tag_count_of(const QByteArray &page)
+{
+    return qFromLittleEndian<quint16>(page.constData() + tag_count_offset) & 0x0fff;
+}
+
+int place_of_tag(const QByteArray &page, int index)
+{
+    return page.size() - (index + 1) * tag_size;
+}
+
 /// The first entry of a root: what the tree has to say of itself.
 struct root_entry
 {
@@ -132,13 +147,14 @@ struct root_entry
 std::optional<root_entry> root_entry_of(const QByteArray &page)
 {
     const quint32 flags = word_at(page, flags_offset);
-    const int header_size = page.size() > largest_small_page ? large_header_size : small_header_size;
+    const int header_size = header_size_of(page);
     const int mask = page.size() > largest_small_page ? 0x7fff : 0x1fff;
-    const int tag_count = qFromLittleEndian<quint16>(page.constData() + tag_count_offset) & 0x0fff;
-    if ((flags & page_is_root) == 0 || (flags & (page_is_leaf | page_is_of_other_tree)) != 0 || tag_count < 2) {
+    const int tag_count = tag_count_of(page);
+    if ((flags & page_is_root) == 0 || (flags & (page_is_leaf | page_is_of_other_tree)) != 0 || tag_count < 2 ||
+        place_of_tag(page, tag_count - 1) < header_size) {
         return std::nullopt;
     }
-    const char *tag = page.constData() + page.size() - tag_size;
+    const char *tag = page.constData() + place_of_tag(page, 0);
     const root_entry entry{header_size + (qFromLittleEndian<quint16>(tag + 2) & mask),
                            qFromLittleEndian<quint16>(tag) & mask};
     constexpr int room_for_child = 64;
@@ -153,7 +169,7 @@ QByteArray root_with_child(const QByteArray &page, const root_entry &entry, quin
 {
     constexpr int key_size_bytes = 2;
     constexpr int child_size = key_size_bytes + 4;
-    const int header_size = page.size() > largest_small_page ? large_header_size : small_header_size;
+    const int header_size = header_size_of(page);
     QByteArray root(page.size(), '\0');
     std::memcpy(root.data(), page.constData(), static_cast<size_t>(header_size));
     std::memcpy(root.data() + header_size, page.constData() + entry.start, static_cast<size_t>(entry.size));
@@ -163,9 +179,9 @@ QByteArray root_with_child(const QByteArray &page, const root_entry &entry, quin
     put(root, free_offset_offset, static_cast<quint16>(used));
     put(root, tag_count_offset, quint16{2});
     put(root, flags_offset, word_at(page, flags_offset) & ~page_is_parent_of_leaf);
-    put(root, page.size() - tag_size, static_cast<quint16>(entry.size));
-    put(root, page.size() - 2 * tag_size, static_cast<quint16>(child_size));
-    put(root, page.size() - 2 * tag_size + 2, static_cast<quint16>(entry.size));
+    put(root, place_of_tag(root, 0), static_cast<quint16>(entry.size));
+    put(root, place_of_tag(root, 1), static_cast<quint16>(child_size));
+    put(root, place_of_tag(root, 1) + 2, static_cast<quint16>(entry.size));
     return root;
 }
 
@@ -174,11 +190,37 @@ QByteArray root_as_branch(const QByteArray &page, quint32 number)
 {
     QByteArray branch = page;
     put(branch, flags_offset, word_at(page, flags_offset) & ~page_is_root);
-    put(branch, page.size() - tag_size, quint16{0});
+    put(branch, place_of_tag(branch, 0), quint16{0});
     if (page.size() > largest_small_page) {
         put(branch, large_number_offset, quint64{number});
     }
     return branch;
+}
+
+// Takes what is not in the window out of the list of a page's entries.
+void keep_window(QByteArray &branch, const ese_root_window &window)
+{
+    const int child_count = tag_count_of(branch) - 1;
+    const int first = std::min(window.first, child_count);
+    const int count = std::min(window.count, child_count - first);
+    for (int i = 1; i <= count; ++i) {
+        put(branch, place_of_tag(branch, i), word_at(branch, place_of_tag(branch, first + i)));
+    }
+    put(branch, tag_count_offset, static_cast<quint16>(count + 1));
+}
+
+/// What a root has to be to be shown in another way.
+struct sound_root
+{
+    root_entry entry;
+    checksum_kind checksum;
+};
+
+std::optional<sound_root> sound_root_in(const QByteArray &page, quint32 number)
+{
+    const std::optional<root_entry> entry = root_entry_of(page);
+    const std::optional<checksum_kind> kind = entry ? checksum_kind_of(page, number) : std::nullopt;
+    return kind ? std::make_optional(sound_root{*entry, *kind}) : std::nullopt;
 }
 
 } // namespace
@@ -209,39 +251,61 @@ off64_t ese_root_view::size() const
     return page_size == 0 ? status.st_size : 2 * (page_count + head_pages) * page_size;
 }
 
+// The child of the root with the number n has the number n + page_count.
 ssize_t ese_root_view::read(char *buffer, size_t size, off64_t place) const
 {
-    const bool is_page = page_size != 0 && static_cast<off64_t>(size) == page_size && place % page_size == 0;
-    if (is_page && place >= head_pages * page_size) {
-        if (const std::optional<QByteArray> page = page_at(place)) {
-            std::memcpy(buffer, page->constData(), size);
-            return static_cast<ssize_t>(size);
+    const bool is_page = page_size != 0 && static_cast<off64_t>(size) == page_size && place % page_size == 0 &&
+                         place >= head_pages * page_size;
+    const off64_t number = is_page ? place / page_size - 1 : 0;
+    if (number > page_count) {
+        const auto root = static_cast<quint32>(number - page_count);
+        const QByteArray page = page_at(root);
+        if (const std::optional<sound_root> sound = sound_root_in(page, root)) {
+            QByteArray shown = root_as_branch(page, static_cast<quint32>(number));
+            if (root == window.root) {
+                keep_window(shown, window);
+            }
+            put_checksum(shown, sound->checksum, static_cast<quint32>(number));
+            std::memcpy(buffer, shown.constData(), size);
+            return page_size;
         }
     }
-    return ::pread(descriptor, buffer, size, place);
+    const ssize_t count = ::pread(descriptor, buffer, size, place);
+    if (is_page && count == page_size) {
+        const auto page = QByteArray::fromRawData(buffer, static_cast<int>(size));
+        if (const std::optional<sound_root> sound = sound_root_in(page, static_cast<quint32>(number))) {
+            QByteArray shown = root_with_child(page, sound->entry, static_cast<quint32>(number + page_count));
+            put_checksum(shown, sound->checksum, static_cast<quint32>(number));
+            std::memcpy(buffer, shown.constData(), size);
+        }
+    }
+    return count;
 }
 
-// The child of the root with the number n has the number n + page_count. Out: none for a page that is shown as it is.
-std::optional<QByteArray> ese_root_view::page_at(off64_t place) const
+// Out: a page of zeros for one that the file does not have, which is no root.
+QByteArray ese_root_view::page_at(quint32 number) const
 {
-    const off64_t number = place / page_size - 1;
-    const off64_t root_number = number > page_count ? number - page_count : number;
-    QByteArray page(static_cast<int>(page_size), Qt::Uninitialized);
-    if (::pread(descriptor, page.data(), static_cast<size_t>(page_size), (root_number + 1) * page_size) != page_size) {
+    QByteArray page(static_cast<int>(page_size), '\0');
+    const off64_t place = (off64_t{number} + 1) * page_size;
+    if (::pread(descriptor, page.data(), static_cast<size_t>(page_size), place) != page_size) {
+        page.fill('\0');
+    }
+    return page;
+}
+
+ese_root_view::ese_root_view(const ese_root_view &whole, const ese_root_window &shown) : ese_root_view(whole)
+{
+    window = shown;
+}
+
+std::optional<ese_root_view::root_shape> ese_root_view::shape_of(quint32 root) const
+{
+    if (page_size == 0 || root > page_count) {
         return std::nullopt;
     }
-    const std::optional<root_entry> entry = root_entry_of(page);
-    if (!entry) {
-        return number == root_number ? std::optional<QByteArray>(page) : std::nullopt;
+    const QByteArray page = page_at(root);
+    if (!sound_root_in(page, root)) {
+        return std::nullopt;
     }
-    const auto root = static_cast<quint32>(root_number);
-    const std::optional<checksum_kind> kind = checksum_kind_of(page, root);
-    if (!kind) {
-        return number == root_number ? std::optional<QByteArray>(page) : std::nullopt;
-    }
-    const auto child = static_cast<quint32>(root_number + page_count);
-    const bool is_child = number != root_number;
-    QByteArray shown = is_child ? root_as_branch(page, child) : root_with_child(page, *entry, child);
-    put_checksum(shown, *kind, is_child ? child : root);
-    return shown;
+    return root_shape{tag_count_of(page) - 1, (word_at(page, flags_offset) & page_is_parent_of_leaf) != 0};
 }

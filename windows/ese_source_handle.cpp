@@ -106,6 +106,18 @@ ese_source_handle::ese_source_handle(const file_descriptor &file)
     : stream{ese_root_view(file.get()), ese_catalog_guard(file)}
 {
     stream.has_tagged_index = has_tagged_index(file.get());
+    make_handle();
+}
+
+ese_source_handle::ese_source_handle(const ese_source_handle &whole, const ese_root_window &window)
+    : stream{ese_root_view(whole.stream.view, window), whole.stream.catalog}
+{
+    stream.has_tagged_index = whole.stream.has_tagged_index;
+    make_handle();
+}
+
+void ese_source_handle::make_handle()
+{
     const auto initialize = function_named<initialize_function>("libbfio_handle_initialize");
     if (initialize && function_named<free_call>("libbfio_handle_free") &&
         function_named<open_function>("libesedb_file_open_file_io_handle") &&

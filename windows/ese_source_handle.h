@@ -22,6 +22,8 @@ class ese_source_handle
 public:
     /// The file must be open as long as the handle is used.
     explicit ese_source_handle(const file_descriptor &file);
+    /// The same file, and of one of its trees only what is in the window.
+    ese_source_handle(const ese_source_handle &whole, const ese_root_window &window);
     /// Only after the library has closed its file.
     ~ese_source_handle();
     ese_source_handle(const ese_source_handle &) = delete;
@@ -32,8 +34,11 @@ public:
     int open(libesedb_file_t *file, libesedb_error_t **error);
     /// Out: whether this library can read through a descriptor at all.
     bool is_offered() const { return handle != nullptr; }
+    const ese_root_view &view() const { return stream.view; }
 
 private:
+    void make_handle();
+
     ese_source_stream stream;
     intptr_t *handle = nullptr;
 };

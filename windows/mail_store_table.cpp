@@ -67,7 +67,8 @@ const taken_column *taken_column_of(const QString &name)
 
 mail_store_table::mail_store_table(const ese_file &file, libesedb_table_t *handle, const QString &name,
                                    const operation_log &operation, const std::atomic<bool> &cancel_flag)
-    : table(handle), log(operation), is_cancelled(cancel_flag), values(file, name, operation, "container_func")
+    : table(handle), log(operation), is_cancelled(cancel_flag), records(file, name.toUtf8(), handle),
+      values(file, name, operation, "container_func")
 {
     count_records();
     find_columns();
@@ -75,7 +76,7 @@ mail_store_table::mail_store_table(const ese_file &file, libesedb_table_t *handl
 
 void mail_store_table::count_records()
 {
-    if (settled(libesedb_table_get_number_of_records(table, &record_count_int, &error), error) == -1) {
+    if (settled(records.count(&record_count_int, &error), error) == -1) {
         log("[container_func]  unable to retrieve total number of records in table : \n");
     }
     log("[container_func]number of records inside table: ", QString::number(record_count_int));
@@ -133,7 +134,7 @@ mail_store_table::outcome mail_store_table::read(int position, mail_store_record
 {
     log("[container_func] ---- start of new record ----");
     libesedb_record_t *fetched = nullptr;
-    const int result = settled(libesedb_table_get_record(table, position, &fetched, &error), error);
+    const int result = settled(records.get(position, &fetched, &error), error);
     const ese_record_handle stored(fetched);
     if (result != 1) {
         log("[container_func]Unable to retrieve record: 0.\n");

@@ -3,6 +3,7 @@
 
 #include "core/operation_log.h"
 #include "windows/ese_file.h"
+#include "windows/ese_table_records.h"
 #include "windows/ese_value_reader.h"
 #include "windows/mail_store_record.h"
 
@@ -57,6 +58,7 @@ private:
     libesedb_table_t *table;
     const operation_log &log;
     const std::atomic<bool> &is_cancelled;
+    ese_table_records records;
     ese_value_reader values;
     int record_count_int = 0;
     std::vector<column> columns;

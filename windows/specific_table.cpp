@@ -2,6 +2,7 @@
 
 #include "services/byte_text.h"
 #include "windows/ese_file.h"
+#include "windows/ese_table_records.h"
 #include "windows/ese_value_reader.h"
 
 #include <vector>
@@ -39,6 +40,11 @@ QByteArray double_text(ese_value_reader &values, libesedb_record_t *record, int 
     return QByteArray::number(value, 'g', 6);
 }
 
+QByteArray name_in_file(const QString &table_name)
+{
+    return QByteArray(table_name.toLocal8Bit().left(table_name_limit).constData()); // up to a zero
+}
+
 QByteArray never_null(const QByteArray &text)
 {
     return text.isNull() ? QByteArrayLiteral("") : text;
@@ -49,8 +55,8 @@ QByteArray never_null(const QByteArray &text)
 // The table that is being walked.
 struct specific_table::table_walk
 {
-    table_walk(const ese_file &file, const QString &table_name)
-        : values(file, table_name, reading_log, reading_operation)
+    table_walk(const ese_file &source, const QString &name)
+        : file(source), table_name(name_in_file(name)), values(source, name, reading_log, reading_operation)
     {
     }
 
@@ -70,6 +76,8 @@ struct specific_table::table_walk
         return columns[static_cast<std::size_t>(value_entry)];
     }
 
+    const ese_file &file;
+    const QByteArray table_name;
     ese_value_reader values;
     std::vector<column> columns; // by value entry, as far as they are known
 };
@@ -119,11 +127,11 @@ void specific_table::get_desired_table(libesedb_file_t *file, libesedb_error_t *
 template <typename Read>
 void specific_table::with_table(libesedb_file_t *file, libesedb_error_t *error, const QString &table_name, Read read)
 {
-    const QByteArray name = table_name.toLocal8Bit().left(table_name_limit);
+    const QByteArray name = name_in_file(table_name);
     libesedb_table_t *handle = nullptr;
     const int result =
         settled(libesedb_file_get_table_by_utf8_name(file, reinterpret_cast<const uint8_t *>(name.constData()),
-                                                     qstrlen(name.constData()), &handle, &error),
+                                                     static_cast<size_t>(name.size()), &handle, &error),
                 error);
     const ese_table_handle table(handle);
     if (result == -1) {
@@ -147,15 +155,16 @@ void specific_table::get_records(libesedb_table_t *table, libesedb_error_t *erro
 template <typename Read>
 void specific_table::each_record(libesedb_table_t *table, libesedb_error_t *error, Read read)
 {
+    ese_table_records records(walk->file, walk->table_name, table);
     int count = 0;
-    if (settled(libesedb_table_get_number_of_records(table, &count, &error), error) == -1) {
+    if (settled(records.count(&count, &error), error) == -1) {
         walk->values.log_unread("number of records");
         return;
     }
     for (int i = 0; i < count; ++i) {
         walk->values.enter_record(i);
         libesedb_record_t *handle = nullptr;
-        const int result = settled(libesedb_table_get_record(table, i, &handle, &error), error);
+        const int result = settled(records.get(i, &handle, &error), error);
         const ese_record_handle record(handle);
         if (result == -1 || !record) {
             walk->values.log_unread("record");

@@ -1,0 +1,128 @@
+// Reading a table window by window: records, order and number are those of the whole table.
+#include "evidence/ese_file.h"
+#include "windows/ese_table_layout.h"
+#include "windows/ese_table_records.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+using evidence::ese_file_options;
+using evidence::ese_type;
+using evidence::ese_value;
+
+namespace {
+
+const QByteArray table_name = QByteArrayLiteral("Records");
+
+// Each record has a leaf for itself.
+QByteArray record_bytes(int index, int page_size)
+{
+    return QByteArray::number(index).rightJustified(page_size * 6 / 10, 'x');
+}
+
+ese_table_handle table_of(libesedb_file_t *file)
+{
+    libesedb_table_t *found = nullptr;
+    libesedb_file_get_table_by_utf8_name(file, reinterpret_cast<const uint8_t *>(table_name.constData()),
+                                         static_cast<size_t>(table_name.size()), &found, nullptr);
+    return ese_table_handle(found);
+}
+
+QByteArray value_of(libesedb_record_t *record)
+{
+    QByteArray value(32768, '\0');
+    size_t size = 0;
+    if (libesedb_record_get_value_data_size(record, 0, &size, nullptr) != 1 ||
+        size > static_cast<size_t>(value.size()) ||
+        libesedb_record_get_value_data(record, 0, reinterpret_cast<uint8_t *>(value.data()), size, nullptr) != 1) {
+        return QByteArray();
+    }
+    return value.left(static_cast<int>(size));
+}
+
+// Out: how many records the library finds in the window.
+int records_in(const ese_file &file, const ese_root_window &window)
+{
+    ese_source_handle source(file.stream(), window);
+    libesedb_file_t *opened = nullptr;
+    libesedb_file_initialize(&opened, nullptr);
+    const ese_file_handle part(opened);
+    int count = -1;
+    if (source.open(opened, nullptr) == 1) {
+        libesedb_table_get_number_of_records(table_of(opened).get(), &count, nullptr);
+    }
+    return count;
+}
+
+} // namespace
+
+class test_ese_table_records : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void windows_make_up_the_table_data();
+    void windows_make_up_the_table();
+};
+
+Q_DECLARE_METATYPE(ese_file_options)
+
+void test_ese_table_records::windows_make_up_the_table_data()
+{
+    QTest::addColumn<ese_file_options>("options");
+    QTest::addColumn<int>("record_count");
+    // An entry of a branch takes 10 to 14 bytes, so a root leads to a page's size / 14 to / 10 pages at most.
+    QTest::newRow("4k, old sum, root of leaves") << ese_file_options{4096, 0x09} << 50;
+    QTest::newRow("4k, old sum, root of branches") << ese_file_options{4096, 0x09} << 4096 / 9;
+    QTest::newRow("8k, root of branches") << ese_file_options{8192, 0x11} << 8192 / 9;
+    QTest::newRow("32k, root of leaves") << ese_file_options{32768, 0x14} << 300;
+}
+
+void test_ese_table_records::windows_make_up_the_table()
+{
+    QFETCH(ese_file_options, options);
+    QFETCH(int, record_count);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("store.vol"));
+    evidence::ese_file written(path, options);
+    evidence::ese_table rows = written.add_table(table_name, {{"value", ese_type::long_binary}});
+    for (int i = 0; i < record_count; ++i) {
+        rows.add_record({ese_value::bytes(record_bytes(i, options.page_size))});
+    }
+    written.finish();
+
+    ese_file file;
+    libesedb_error_t *error = nullptr;
+    QVERIFY(file.open(path, error) == ese_file::opening::done);
+    const quint32 root = ese_table_layout(file.handle(), table_name).record_root();
+    const auto shape = file.stream().view().shape_of(root);
+    QVERIFY(shape && shape->child_count > 1);
+    int sum = 0;
+    for (int first = 0; first < shape->child_count; first += shape->child_count / 2) {
+        const int count = records_in(file, {root, first, shape->child_count / 2});
+        QVERIFY(count > 0 && count < record_count);
+        sum += count;
+    }
+    QCOMPARE(sum, record_count);
+
+    const ese_table_handle table = table_of(file.handle());
+    for (const ese_table_records::window_plan plan : {ese_table_records::window_plan{3, 10}, {64, 1}, {64, 256}}) {
+        ese_table_records records(file, table_name, table.get(), plan);
+        int count = 0;
+        QCOMPARE(records.count(&count, nullptr), 1);
+        QCOMPARE(count, record_count);
+        for (const bool is_backwards : {false, true}) {
+            for (int step = 0; step < count; ++step) {
+                const int index = is_backwards ? count - 1 - step : step;
+                libesedb_record_t *fetched = nullptr;
+                QCOMPARE(records.get(index, &fetched, nullptr), 1);
+                const ese_record_handle record(fetched);
+                QVERIFY2(value_of(fetched) == record_bytes(index, options.page_size),
+                         qPrintable(QString::number(index)));
+            }
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(test_ese_table_records)
+#include "test_ese_table_records.moc"
