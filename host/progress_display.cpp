@@ -100,11 +100,13 @@ QString progress_display::line(bool is_last) const
     if (!stdout_is_terminal()) {
         return begin + source_text + counts;
     }
-    // A line that wraps cannot be redrawn: the front of a long path gives way.
-    const int room = std::max(terminal_width() - 1 - begin.size() - counts.size(), 4);
+    // A line that wraps cannot be redrawn: the front of a long path gives way, on a narrow terminal the last counts
+    // too.
+    const int width = terminal_width() - 1;
+    const int room = std::max(width - begin.size() - counts.size(), 4);
     const QString source =
         source_text.size() <= room ? source_text : QStringLiteral("...") + source_text.right(room - 3);
-    return begin + source + counts;
+    return (begin + source + counts).left(width);
 }
 
 void progress_display::show()
