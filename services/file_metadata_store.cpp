@@ -1,6 +1,7 @@
 #include "services/file_metadata_store.h"
 
 #include "services/source_files.h"
+#include "services/unreadable_sources.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -33,7 +34,7 @@ std::optional<QByteArray> extended_attribute_names(const QByteArray &path)
         size = ::listxattr(path.constData(), names.data(), static_cast<size_t>(names.size()));
     }
     if (size < 0) {
-        // The file system may hold none, or the file may not be read.
+        note_unreadable_source(path, errno); // or the file system holds none
         return QFileInfo::exists(QFile::decodeName(path)) ? std::make_optional(QByteArray()) : std::nullopt;
     }
     names.truncate(static_cast<int>(size));
@@ -44,6 +45,7 @@ QByteArray extended_attribute(const QByteArray &path, const QByteArray &name)
 {
     const ssize_t size = ::getxattr(path.constData(), name.constData(), nullptr, 0);
     if (size < 0) {
+        note_unreadable_source(path, errno);
         return QByteArray();
     }
     QByteArray value(static_cast<int>(size), Qt::Uninitialized);

@@ -23,6 +23,8 @@ bool says_absent(int error)
     case ENAMETOOLONG: // evidence may ask for names that no file can have
     case ENXIO:        // a socket, a device that is not there
     case ENODEV:
+    case ENODATA: // no such attribute
+    case ENOTSUP: // no attributes at all
         return true;
     default:
         return false;

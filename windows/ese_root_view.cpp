@@ -242,6 +242,11 @@ ese_root_view::ese_root_view(int file) : descriptor(file)
     }
 }
 
+quint32 ese_root_view::stored_page(quint32 number) const
+{
+    return page_size != 0 && number > page_count ? static_cast<quint32>(number - page_count) : number;
+}
+
 off64_t ese_root_view::size() const
 {
     struct stat status = {};

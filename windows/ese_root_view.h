@@ -38,6 +38,9 @@ public:
     /// Out: none for a page that is no root, leads to no other pages, or is shown as it is for another reason.
     std::optional<root_shape> shape_of(quint32 root) const;
 
+    /// Out: the page of the file that a page, also one behind the end of the file, shows entries of.
+    quint32 stored_page(quint32 number) const;
+
     /// Out: the size of the file with the pages behind its end, bytes; -1 when it cannot be told.
     off64_t size() const;
     /// As pread().

@@ -1,6 +1,7 @@
 #include "windows/ese_table_records.h"
 
 #include "windows/ese_table_layout.h"
+#include "windows/ese_tree_guard.h"
 
 #include <algorithm>
 #include <limits>
@@ -20,20 +21,21 @@ ese_table_records::ese_table_records(const ese_file &source, const QByteArray &n
                                      const window_plan &plan)
     : file(source), table_name(name), table(handle)
 {
-    if (table && file.stream().is_offered()) {
-        plan_windows(plan);
+    if (table) {
+        const ese_table_layout layout(file.handle(), table_name);
+        may_walk = may_walk_tree(file, layout.record_root());
+        plan_windows(layout, plan);
     }
 }
 
 ese_table_records::~ese_table_records() = default;
 
-void ese_table_records::plan_windows(const window_plan &plan)
+void ese_table_records::plan_windows(const ese_table_layout &layout, const window_plan &plan)
 {
     constexpr int most_catalog_records = 1000000; // read by all windows together
-    const ese_table_layout layout(file.handle(), table_name);
     const quint32 root = layout.record_root();
     const auto shape = file.stream().view().shape_of(root);
-    if (!shape) {
+    if (!shape || !file.stream().is_offered()) {
         return;
     }
     const int affordable = most_catalog_records / std::max(1, layout.catalog_size());
@@ -71,6 +73,9 @@ libesedb_table_t *ese_table_records::enter(size_t index, libesedb_error_t **erro
 
 int ese_table_records::count(int *count, libesedb_error_t **error)
 {
+    if (!may_walk) {
+        return -1;
+    }
     if (windows.empty()) {
         return libesedb_table_get_number_of_records(table, count, error);
     }
@@ -91,6 +96,9 @@ int ese_table_records::count(int *count, libesedb_error_t **error)
 
 int ese_table_records::get(int index, libesedb_record_t **record, libesedb_error_t **error)
 {
+    if (!may_walk) {
+        return -1;
+    }
     if (windows.empty()) {
         return libesedb_table_get_record(table, index, record, error);
     }

@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+class ese_table_layout;
+
 class ese_table_records
 {
 public:
@@ -28,7 +30,8 @@ public:
     }
     ~ese_table_records();
 
-    /// As libesedb_table_get_number_of_records(). To be called before get(): it reads the whole table once.
+    /// As libesedb_table_get_number_of_records(); -1 also for a table whose pages are no tree. To be called before
+    /// get(): it reads the whole table once.
     int count(int *count, libesedb_error_t **error);
     /// As libesedb_table_get_record(). The record is to be freed before the next one is fetched.
     int get(int index, libesedb_record_t **record, libesedb_error_t **error);
@@ -41,12 +44,13 @@ private:
     };
     struct open_window;
 
-    void plan_windows(const window_plan &plan);
+    void plan_windows(const ese_table_layout &layout, const window_plan &plan);
     libesedb_table_t *enter(size_t index, libesedb_error_t **error);
 
     const ese_file &file;
     const QByteArray table_name;
     libesedb_table_t *const table;
+    bool may_walk = true;
     std::vector<window> windows; // none: the table is read whole
     std::unique_ptr<open_window> current;
 };

@@ -5,6 +5,7 @@
 #include "windows/ese_long_values.h"
 #include "windows/ese_table_layout.h"
 #include "windows/ese_text.h"
+#include "windows/ese_tree_guard.h"
 
 #include <QTextCodec>
 #include <QtEndian>
@@ -170,12 +171,15 @@ ese_value ese_value_reader::long_value(libesedb_record_t *record, int value_entr
         settled(libesedb_file_get_page_size(file.handle(), &page_size, &error), error);
         long_values = std::make_unique<ese_long_values>(file.bytes(), static_cast<int>(page_size),
                                                         table_layout().long_value_root());
+        may_ask_for_long_values = may_walk_tree(file, table_layout().long_value_root());
     }
     if (const std::optional<QByteArray> bytes = long_values->value(number.bytes)) {
         return {*bytes, true};
     }
     libesedb_long_value_t *handle = nullptr;
-    settled(libesedb_record_get_long_value(record, value_entry, &handle, &error), error);
+    if (may_ask_for_long_values) {
+        settled(libesedb_record_get_long_value(record, value_entry, &handle, &error), error);
+    }
     const ese_long_value_handle value(handle);
     QByteArray bytes;
     if (!value) {

@@ -2,9 +2,12 @@
 #include "evidence/ese_file.h"
 #include "windows/ese_table_layout.h"
 #include "windows/ese_table_records.h"
+#include "windows/ese_tree_guard.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 
 using evidence::ese_file_options;
 using evidence::ese_type;
@@ -18,6 +21,37 @@ const QByteArray table_name = QByteArrayLiteral("Records");
 QByteArray record_bytes(int index, int page_size)
 {
     return QByteArray::number(index).rightJustified(page_size * 6 / 10, 'x');
+}
+
+void write_records(const QString &path, const ese_file_options &options, int count)
+{
+    evidence::ese_file file(path, options);
+    evidence::ese_table table = file.add_table(table_name, {{"value", ese_type::long_binary}});
+    for (int i = 0; i < count; ++i) {
+        table.add_record({ese_value::bytes(record_bytes(i, options.page_size))});
+    }
+    file.finish();
+}
+
+bool is_branch_below_root(const QByteArray &content, int page)
+{
+    constexpr int flags_offset = 36;
+    constexpr quint32 root_leaf_and_kinds_of_other_trees = 0x1 | 0x2 | 0x20 | 0x40 | 0x80;
+    const auto flags = qFromLittleEndian<quint32>(content.constData() + page + flags_offset);
+    return flags != 0 && (flags & root_leaf_and_kinds_of_other_trees) == 0;
+}
+
+// The number of a page that an entry leads to are its last four bytes.
+void lead_to_itself(QByteArray &content, int page, int page_size)
+{
+    constexpr int header_size = 40;
+    constexpr int tag_count_offset = 34;
+    const int tags = qFromLittleEndian<quint16>(content.constData() + page + tag_count_offset) & 0xfff;
+    for (int tag = 1; tag < tags; ++tag) {
+        const char *place = content.constData() + page + page_size - 4 * (tag + 1);
+        const int end = (qFromLittleEndian<quint16>(place + 2) & 0x1fff) + (qFromLittleEndian<quint16>(place) & 0x1fff);
+        qToLittleEndian(static_cast<quint32>(page / page_size - 1), content.data() + page + header_size + end - 4);
+    }
 }
 
 ese_table_handle table_of(libesedb_file_t *file)
@@ -63,6 +97,7 @@ class test_ese_table_records : public QObject
 private Q_SLOTS:
     void windows_make_up_the_table_data();
     void windows_make_up_the_table();
+    void circles_of_pages_are_not_walked();
 };
 
 Q_DECLARE_METATYPE(ese_file_options)
@@ -84,13 +119,7 @@ void test_ese_table_records::windows_make_up_the_table()
     QFETCH(int, record_count);
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("store.vol"));
-    evidence::ese_file written(path, options);
-    evidence::ese_table rows = written.add_table(table_name, {{"value", ese_type::long_binary}});
-    for (int i = 0; i < record_count; ++i) {
-        rows.add_record({ese_value::bytes(record_bytes(i, options.page_size))});
-    }
-    written.finish();
-
+    write_records(path, options, record_count);
     ese_file file;
     libesedb_error_t *error = nullptr;
     QVERIFY(file.open(path, error) == ese_file::opening::done);
@@ -122,6 +151,37 @@ void test_ese_table_records::windows_make_up_the_table()
             }
         }
     }
+}
+
+// The library would follow them until its stack ends.
+void test_ese_table_records::circles_of_pages_are_not_walked()
+{
+    constexpr ese_file_options options{4096, 0x11};
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("store.vol"));
+    write_records(path, options, options.page_size / 9);
+    QFile stored(path);
+    QVERIFY(stored.open(QIODevice::ReadWrite));
+    QByteArray content = stored.readAll();
+    int changed = 0;
+    for (int page = 2 * options.page_size; page < content.size(); page += options.page_size) {
+        if (is_branch_below_root(content, page)) {
+            lead_to_itself(content, page, options.page_size);
+            ++changed;
+        }
+    }
+    QVERIFY(changed >= 2);
+    QVERIFY(stored.seek(0) && stored.write(content) == content.size() && stored.flush());
+
+    ese_file file;
+    libesedb_error_t *error = nullptr;
+    QVERIFY(file.open(path, error) == ese_file::opening::done);
+    QVERIFY(!may_walk_tree(file, ese_table_layout(file.handle(), table_name).record_root()));
+    const ese_table_handle table = table_of(file.handle());
+    ese_table_records records(file, table_name, table.get());
+    int count = 0;
+    QCOMPARE(records.count(&count, nullptr), -1);
+    QCOMPARE(count, 0);
 }
 
 QTEST_GUILESS_MAIN(test_ese_table_records)

@@ -1,0 +1,50 @@
+#include "windows/ese_tree_guard.h"
+
+#include "windows/ese_page.h"
+
+#include <QtEndian>
+
+namespace {
+
+constexpr int most_levels = 8;
+constexpr int most_turns = 4; // a damaged number may lead to the pages of another branch
+
+class tree_walk
+{
+public:
+    tree_walk(const ese_file &file, int page_size) : pages(file.bytes(), page_size), view(file.stream().view()) {}
+
+    bool take_page(quint32 number, int level)
+    {
+        const std::optional<ese_page> page = pages.page(view.stored_page(number));
+        if (!page) {
+            return true;
+        }
+        if (level > most_levels || ++pages_taken > most_turns * pages.count()) {
+            return false;
+        }
+        for (int index = 0; !page->is_leaf() && index < page->count(); ++index) {
+            const std::optional<ese_page_entry> entry = page->entry(index);
+            if (entry && entry->size >= static_cast<int>(sizeof(quint32)) &&
+                !take_page(qFromLittleEndian<quint32>(entry->data), level + 1)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    ese_page_source pages;
+    const ese_root_view &view;
+    qint64 pages_taken = 0;
+};
+
+} // namespace
+
+bool may_walk_tree(const ese_file &file, quint32 root)
+{
+    libesedb_error_t *error = nullptr;
+    uint32_t page_size = 0;
+    settled(libesedb_file_get_page_size(file.handle(), &page_size, &error), error);
+    return tree_walk(file, static_cast<int>(page_size)).take_page(root, 0);
+}
