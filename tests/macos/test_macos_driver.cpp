@@ -1,35 +1,24 @@
 // Which source files of a macOS volume are found, in which order the driver works on them, and what a cancelled run
 // deletes.
 #include "core/plugin_static_function.h"
-#include "evidence/files.h"
-#include "evidence/macos_mail_tree.h"
-#include "tests/support/host_run.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
+#include "tests/macos/macos_run.h"
 
 namespace {
 
 using evidence::macos_mail_tree;
-using evidence::macos_message;
 using service = plugin_static_function;
 
-const QString macos_scheme = QStringLiteral("macOS");
-const QString messages_tab = QStringLiteral("messages");
-const QString attachments_tab = QStringLiteral("all_attachments");
-const QString anna = QStringLiteral("anna");
+const QString messages_tab = text("messages");
+const QString attachments_tab = text("all_attachments");
+const QString anna = text("anna");
 
 // A store with one message and its mail file.
-void add_store(macos_mail_tree &tree, const QString &user, int generation)
+void add_store(macos_mail_tree &tree, int generation)
 {
-    evidence::macos_mail_store &store = tree.add_store(user, generation);
-    macos_message message;
-    message.subject = store.add_subject(QStringLiteral("Hello"));
-    const qint64 row_id = store.add_message(message);
-    store.add_attachment(row_id, QStringLiteral("plan.pdf"));
-    store.add_emlx(QStringLiteral("Mailboxes/Notes.mbox"), row_id, evidence::emlx_message());
+    evidence::macos_mail_store &store = tree.add_store(anna, generation);
+    const qint64 row_id = store.add_message(evidence::macos_message());
+    store.add_attachment(row_id, text("plan.pdf"));
+    store.add_emlx(text("Mailboxes/Notes.mbox"), row_id, evidence::emlx_message());
 }
 
 } // namespace
@@ -39,14 +28,18 @@ class test_macos_driver : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { source = std::make_unique<macos_source>(); }
+
     void paths_data();
     void paths();
     void users_of_paths();
     void hits_are_logged_in_order();
     void tabs_run_in_their_order();
-    void without_users_nothing_is_found();
     void cancelled_behind_a_step_data();
     void cancelled_behind_a_step();
+
+private:
+    std::unique_ptr<macos_source> source;
 };
 
 void test_macos_driver::paths_data()
@@ -56,20 +49,18 @@ void test_macos_driver::paths_data()
     QTest::addColumn<QString>("complete");
     QTest::addColumn<QString>("relative");
     QTest::addColumn<QString>("relation"); // second of the two texts of an artifact's source file
-    const QString home = QStringLiteral("macOS_Home_Directory");
+    const QString home = text("macOS_Home_Directory");
     const auto row = [](const char *name, const char *path, const QString &type, const char *complete,
                         const char *relative, const char *relation) {
-        QTest::newRow(name) << QString::fromUtf8(path) << type << QString::fromUtf8(complete)
-                            << QString::fromUtf8(relative) << QString::fromUtf8(relation);
+        QTest::newRow(name) << text(path) << type << text(complete) << text(relative) << text(relation);
     };
     row("home, another user", "/Users/old/Library/x", home, "/Users/anna/Library/x", "/Users/old/Library/x",
         "/Users/old/Library/x");
     row("home, the user twice", "/Users/anna/a/anna/x", home, "/Users/anna/a/anna/x", "/a/anna/x",
         "/Users/anna/a/anna/x");
     row("home, no folder behind the user", "/Users/old", home, "/Users/old", "/Users/old", "/Users/old");
-    row("volume", "/Users/old/Library/x", QStringLiteral("Directory"), "/Users/old/Library/x", "/Users/old/Library/x",
-        "");
-    row("no slash in front", "Library/x", QStringLiteral("Directory"), "/Library/x", "/Library/x", "");
+    row("volume", "/Users/old/Library/x", text("Directory"), "/Users/old/Library/x", "/Users/old/Library/x", "");
+    row("no slash in front", "Library/x", text("Directory"), "/Library/x", "/Library/x", "");
     row("empty", "", home, "", "", "");
     row("blanks", "  ", home, "  ", "  ", "  ");
 }
@@ -86,24 +77,22 @@ void test_macos_driver::paths()
 
 void test_macos_driver::users_of_paths()
 {
-    const QString root = QStringLiteral("/evidence/");
+    const QString root = text("/evidence/");
     const auto user_of = [&root](const char *path) {
         const auto account = service::extract_user_name_from_sourcefile(root + QLatin1String(path), root);
-        return account.system_user + QLatin1Char('|') + account.domain_user;
+        return account.system_user + text("|") + account.domain_user;
     };
     service::system_account_QList.clear();
-    QCOMPARE(user_of("Users/anna/Library"), QStringLiteral("|"));
-    service::system_account_QList = {{anna, QStringLiteral("OFFICE")}};
-    QCOMPARE(user_of("Users/anna/Library"), QStringLiteral("anna|OFFICE"));
-    QCOMPARE(user_of("Users/Anna/Library"), QStringLiteral("Anna|"));
-    QCOMPARE(user_of("Library"), QStringLiteral("|"));
+    QCOMPARE(user_of("Users/anna/Library"), text("|"));
+    service::system_account_QList = {{anna, text("OFFICE")}};
+    QCOMPARE(user_of("Users/anna/Library"), text("anna|OFFICE"));
+    QCOMPARE(user_of("Users/Anna/Library"), text("Anna|"));
+    QCOMPARE(user_of("Library"), text("|"));
     service::system_account_QList.clear();
 }
 
 void test_macos_driver::hits_are_logged_in_order()
 {
-    QTemporaryDir folder;
-    macos_mail_tree tree(folder.filePath(QStringLiteral("source")));
     for (const char *path :
          {"Library/Containers/com.apple.mail/Data/Library/Preferences/com.apple.mail.plist",
           "Library/Preferences/com.apple.mail-shared.plist", "Library/Accounts/Accounts3.sqlite",
@@ -112,79 +101,35 @@ void test_macos_driver::hits_are_logged_in_order()
           "Library/Mail/V4/MailData/Signatures/AccountsMap.plist", "Library/Mail/V6/MailData/SyncedRules.plist",
           "Library/Mail/V2/MailData/Envelope Index", "Library/Mail/V5/MailData/Envelope Index/a folder",
           "Library/Containers/com.apple.mail/Data/Library/Mail Downloads/x"}) {
-        tree.add_file(QLatin1String("Users/anna/") + QLatin1String(path), "x");
+        source->tree.add_file(QLatin1String("Users/anna/") + QLatin1String(path), "x");
     }
-    evidence::make_folder(folder.filePath(QStringLiteral("elsewhere")));
-    QFile::link(folder.filePath(QStringLiteral("elsewhere")),
-                tree.root() + QLatin1String("Users/anna/Library/Mail/V9")); // leads out of the source
-    tree.finish();
+    evidence::make_folder(source->folder.filePath(text("elsewhere")));
+    QFile::link(source->folder.filePath(text("elsewhere")),
+                source->tree.root() + QLatin1String("Users/anna/Library/Mail/V9")); // leads out of the source
+    source->tree.finish();
 
-    host_run run(macos_scheme, tree.root(), {});
-    run.users = QStringList{anna, QStringLiteral("ben"), anna};
-    run.prepare();
-    const QString home = QStringLiteral("SOURCE/Users/anna/Library/");
-    const QString mail = home + QLatin1String("Mail/");
-    const QString hit = QStringLiteral("[find_source_file_11_12] Source file ");
-    QCOMPARE(
-        run.log_of(QStringLiteral("mail_macos::find_source_file")),
-        (QStringList{
-            QStringLiteral("[find_source_file] starts"),
-            QLatin1String("[find_source_file_11]the found source file prefernces at path--->>>>") + home +
-                QLatin1String("Containers/com.apple.mail/Data/Library/Preferences/com.apple.mail.plist"),
-            QLatin1String("[find_source_file_11]the found source file composing prefernces at path--->>>>") + home +
-                QLatin1String("Preferences/com.apple.mail-shared.plist"),
-            hit + QLatin1String("accounts found at path-->>") + home + QLatin1String("Accounts/Accounts3.sqlite"),
-            hit + QLatin1String("for vipsender found at path-->>") + mail + QLatin1String("V3/MailData/VIPs.plist"),
-            hit + QLatin1String("for Synced Rule found at path-->>") + mail +
-                QLatin1String("V5/MailData/SyncedRules.plist"),
-            hit + QLatin1String("for Synced Rule found at path-->>") + mail +
-                QLatin1String("V4/MailData/SyncedRules.plist"),
-            hit + QLatin1String("for Signature1 found at path-->>") + mail +
-                QLatin1String("V4/MailData/Signatures/AccountsMap.plist"),
-            hit + QLatin1String("for Message found at path-->>") + mail + QLatin1String("V5/MailData/Envelope Index"),
-            hit + QLatin1String("for Open Attachment found at path-->>") + home +
-                QLatin1String("Containers/com.apple.mail/Data/Library/Mail Downloads"),
-            hit + QLatin1String("for Message found at path-->>") + mail + QLatin1String("V6"),
-            QStringLiteral("[find_source_file] ends"),
-        }));
+    const auto run = new_run(source->tree, {}, texts({"anna", "ben", "anna"}));
+    run->prepare();
+    QCOMPARE(whole_run(source->tree, {}, {})->log_of(text("mail_macos::find_source_file")).size(), 2); // without users
+    compare_with("hits.txt",
+                 run->log_of(text("mail_macos::find_source_file")).join(QLatin1Char('\n')) + QLatin1Char('\n'));
 }
 
 void test_macos_driver::tabs_run_in_their_order()
 {
-    QTemporaryDir folder;
-    macos_mail_tree tree(folder.filePath(QStringLiteral("source")));
-    add_store(tree, anna, 3);
-    tree.finish();
-    host_run run(macos_scheme, tree.root(), {attachments_tab, messages_tab});
-    run.users = QStringList{anna};
-    run.prepare();
-    run.extract();
+    add_store(source->tree, 3);
+    source->tree.finish();
+    const auto run = whole_run(source->tree, {attachments_tab, messages_tab});
     QStringList operations;
-    for (const QString &line : run.log()) {
-        const QString operation = line.section(QLatin1Char(':'), 0, 2);
-        if (operation.contains(QLatin1String("extract_")) && line.endsWith(QLatin1String("starts"))) {
-            operations.append(operation.section(QLatin1String("::"), 1).section(QLatin1Char(':'), 0, 0));
+    for (const QString &line : run->log()) {
+        if (line.contains(text("::extract_")) && line.endsWith(text("starts"))) {
+            operations.append(line.section(text("::"), 1).section(QLatin1Char(':'), 0, 0));
         }
     }
     QCOMPARE(operations,
-             (QStringList{QStringLiteral("extract_plugin_artifacts"), QStringLiteral("extract_messages_11_12"),
-                          QStringLiteral("extract_allattachments_details_11_12")}));
-    QCOMPARE(run.tab_signals, (QList<int>{1, 2}));
-    QCOMPARE(run.log_of(QStringLiteral("mail_macos::extract_plugin_artifacts")).last(),
-             QStringLiteral("[extract_plugin_artifacts] ends"));
-}
-
-void test_macos_driver::without_users_nothing_is_found()
-{
-    QTemporaryDir folder;
-    macos_mail_tree tree(folder.filePath(QStringLiteral("source")));
-    add_store(tree, anna, 3);
-    tree.finish();
-    host_run run(macos_scheme, tree.root(), {messages_tab});
-    run.run();
-    QCOMPARE(run.log_of(QStringLiteral("mail_macos::find_source_file")).size(), 2);
-    QCOMPARE(run.row_count(messages_tab), 0);
-    QCOMPARE(run.tab_signals, QList<int>{1});
+             texts({"extract_plugin_artifacts", "extract_messages_11_12", "extract_allattachments_details_11_12"}));
+    QCOMPARE(run->tab_signals, (QList<int>{1, 2}));
+    QCOMPARE(run->log_of(text("mail_macos::extract_plugin_artifacts")).last(), text("[extract_plugin_artifacts] ends"));
 }
 
 void test_macos_driver::cancelled_behind_a_step_data()
@@ -196,15 +141,17 @@ void test_macos_driver::cancelled_behind_a_step_data()
     QTest::addColumn<int>("emlx_list");
     QTest::addColumn<int>("attachments");
     QTest::addColumn<int>("tabs_finished");
-    QTest::newRow("later index, behind its messages") << 4 << QStringList{messages_tab} << 2 << 1 << 1 << 0 << 0;
-    QTest::newRow("earlier index, behind its messages") << 2 << QStringList{messages_tab} << 2 << 1 << 0 << 0 << 0;
-    QTest::newRow("later index, behind its attachments") << 3 << QStringList{attachments_tab} << 2 << 0 << 0 << 1 << 0;
-    QTest::newRow("earlier index, behind its attachments")
-        << 2 << QStringList{attachments_tab} << 2 << 0 << 0 << 1 << 0;
+    const auto row = [](const char *name, int generation, const QStringList &tabs, int signal, int messages,
+                        int emlx_list, int attachments, int tabs_finished) {
+        QTest::newRow(name) << generation << tabs << signal << messages << emlx_list << attachments << tabs_finished;
+    };
+    row("later index, behind its messages", 4, {messages_tab}, 2, 1, 1, 0, 0);
+    row("earlier index, behind its messages", 2, {messages_tab}, 2, 1, 0, 0, 0);
+    row("later index, behind its attachments", 3, {attachments_tab}, 2, 0, 0, 1, 0);
+    row("earlier index, behind its attachments", 2, {attachments_tab}, 2, 0, 0, 1, 0);
     // The messages of a tab that was finished go as well.
-    QTest::newRow("attachments behind the tab messages")
-        << 9 << QStringList{messages_tab, attachments_tab} << 3 << 0 << 0 << 1 << 1;
-    QTest::newRow("not at all") << 9 << QStringList{attachments_tab} << 99 << 0 << 1 << 1 << 1;
+    row("attachments behind the tab messages", 9, {messages_tab, attachments_tab}, 3, 0, 0, 1, 1);
+    row("not at all", 9, {attachments_tab}, 99, 0, 1, 1, 1);
 }
 
 void test_macos_driver::cancelled_behind_a_step()
@@ -212,24 +159,21 @@ void test_macos_driver::cancelled_behind_a_step()
     QFETCH(int, generation);
     QFETCH(QStringList, tabs);
     QFETCH(int, signal);
-    QTemporaryDir folder;
-    macos_mail_tree tree(folder.filePath(QStringLiteral("source")));
-    add_store(tree, anna, generation);
-    tree.finish();
-    host_run run(macos_scheme, tree.root(), tabs);
-    run.users = QStringList{anna};
-    run.prepare();
+    add_store(source->tree, generation);
+    source->tree.finish();
+    const auto run = new_run(source->tree, tabs);
+    run->prepare();
     int signals_so_far = 0;
-    connect(&run.plugin(), &mail::signal_extracted_records_of_plugin_overall, this, [&] {
+    connect(&run->plugin(), &mail::signal_extracted_records_of_plugin_overall, this, [&] {
         if (++signals_so_far == signal) {
-            run.plugin().pub_cancel_extraction();
+            run->plugin().pub_cancel_extraction();
         }
     });
-    run.extract();
-    QTEST(run.row_count(messages_tab), "messages");
-    QTEST(run.row_count(QStringLiteral("emlx_list")), "emlx_list");
-    QTEST(run.row_count(attachments_tab), "attachments");
-    QTEST(run.tab_signals.size(), "tabs_finished");
+    run->extract();
+    QTEST(run->row_count(messages_tab), "messages");
+    QTEST(run->row_count(text("emlx_list")), "emlx_list");
+    QTEST(run->row_count(attachments_tab), "attachments");
+    QTEST(run->tab_signals.size(), "tabs_finished");
 }
 
 QTEST_MAIN(test_macos_driver)

@@ -1,60 +1,27 @@
 // The table emlx_list: which files of a mail store it lists and how, and which of its rows a message finds.
 #include "core/result_session.h"
-#include "evidence/files.h"
-#include "evidence/macos_mail_tree.h"
 #include "macos/emlx_catalog.h"
-#include "tests/support/host_run.h"
-#include "tests/support/tree_snapshot.h"
-
-#include <QFile>
-#include <QSqlDatabase>
-#include <QSqlQuery>
-#include <QTemporaryDir>
-#include <QTest>
+#include "tests/macos/macos_run.h"
 
 namespace {
 
-const QString messages_tab = QStringLiteral("messages");
-const QString anna = QStringLiteral("anna");
-const QString ben = QStringLiteral("ben");
-const QString inbox = QStringLiteral("Users/anna/Library/Mail/V4/IMAP-a/INBOX.mbox/Messages/");
+const QString messages_tab = text("messages");
+const QString anna = text("anna");
+const QString ben = text("ben");
+const QString inbox = text("Users/anna/Library/Mail/V4/IMAP-a/INBOX.mbox/Messages/");
 
 constexpr operation_log log_of_test{"test_macos_emlx"};
 constexpr failure_text no_texts{"not opened "};
 
-void execute(const QString &database_path, const QString &statement)
-{
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("emlx"));
-        database.setDatabaseName(database_path);
-        QVERIFY(database.open());
-        QVERIFY(QSqlQuery(database).exec(statement));
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("emlx"));
-}
-
 // The table, a line a different row: how often it stands there and its columns, NULL as "-". The order of rows is the
 // file system's.
-QString list_in(const host_run &run, const QString &root, const QString &source)
+QString list_in(const host_run &run, const QString &root, const char *source)
 {
-    QString text;
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("emlx"));
-        database.setDatabaseName(run.database_path());
-        database.open();
-        QSqlQuery query(database);
-        query.exec(
-            QLatin1String(
-                "select count(*)||'x '||bookmark||' | '||file_name||' | '||file_path||' | '||source_file||' | '||"
-                "ifnull(artifacts_relation_source_file,'-')||' | '||source_count_name from emlx_list "
-                "where source_count_name = '") +
-            source + QLatin1String("' group by file_path,source_file order by file_path"));
-        while (query.next()) {
-            text += query.value(0).toString().replace(root, QLatin1String("ROOT/")) + QLatin1Char('\n');
-        }
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("emlx"));
-    return text;
+    const QString select =
+        text("select count(*)||'x '||bookmark||' | '||file_name||' | '||file_path||' | '||source_file||' | '||"
+             "ifnull(artifacts_relation_source_file,'-')||' | '||source_count_name||char(10) from emlx_list "
+             "where source_count_name = '%1' group by file_path,source_file order by file_path");
+    return values_of(run, select.arg(text(source))).join(QString()).replace(root, text("ROOT/"));
 }
 
 } // namespace
@@ -66,8 +33,7 @@ class test_macos_emlx : public QObject
 private Q_SLOTS:
     void lists_mail_files();
     void keeps_the_sources_apart();
-    void logs_what_fails();
-    void finds_the_first_row_data();
+    void mail_file_that_is_not_there();
     void finds_the_first_row();
 };
 
@@ -76,7 +42,7 @@ void test_macos_emlx::lists_mail_files()
 {
     QTemporaryDir folder;
     QTemporaryDir outside;
-    evidence::macos_mail_tree tree(folder.filePath(QStringLiteral("root")));
+    evidence::macos_mail_tree tree(folder.filePath(text("root")));
     tree.add_store(anna, 4);
     tree.add_store(ben, 2);
     for (const char *name : {"11.emlx", "12.partial.emlx", "13.EMLX", "14.emlx.bak", "._11.emlx", ".hidden/15.emlx",
@@ -84,137 +50,77 @@ void test_macos_emlx::lists_mail_files()
         tree.add_file(inbox + QString::fromUtf8(name), "0\n");
     }
     const QString store = tree.store_folder(anna, 4);
-    const QString in_store = tree.add_file(QStringLiteral("Users/anna/Library/Mail/V4/19.emlx"), "0\n");
-    tree.add_file(QStringLiteral("Users/anna/Library/Mail/V2/POP-a/1.emlx"), "0\n");
-    tree.add_file(QStringLiteral("Users/ben/Library/Mail/V2/Mailboxes/Notes.mbox/2.emlx"), "0\n");
-    evidence::write_file(outside.filePath(QStringLiteral("mail")), "Bcc: examiner\n");
+    const QString in_store = tree.add_file(text("Users/anna/Library/Mail/V4/19.emlx"), "0\n");
+    tree.add_file(text("Users/anna/Library/Mail/V2/POP-a/1.emlx"), "0\n");
+    tree.add_file(text("Users/ben/Library/Mail/V2/Mailboxes/Notes.mbox/2.emlx"), "0\n");
+    evidence::write_file(outside.filePath(text("mail")), "Bcc: examiner\n");
     const auto link = [&store](const QString &target, const char *name) {
-        QVERIFY(QFile::link(target, store + QLatin1String("/IMAP-a/") + QLatin1String(name)));
+        QVERIFY(QFile::link(target, store + text("/IMAP-a/") + text(name)));
     };
     link(in_store, "20.emlx");
-    link(outside.filePath(QStringLiteral("mail")), "21.emlx");
+    link(outside.filePath(text("mail")), "21.emlx");
     link(tree.downloads_folder(anna), "22.emlx");
     link(outside.path(), "23.emlx");
     link(store, "store");
-    link(QStringLiteral("nowhere"), "24.emlx");
+    link(text("nowhere"), "24.emlx");
     tree.finish();
 
     const tree_snapshot snapshot(folder.path());
-    host_run run(QStringLiteral("macOS"), tree.root(), {messages_tab});
-    run.users = QStringList{anna, ben};
-    run.run();
+    const auto run = whole_run(tree, {messages_tab}, {anna, ben});
 
-    const QString difference = difference_to_expected(list_in(run, tree.root(), QStringLiteral("Source1")),
-                                                      QStringLiteral(EXPECTED_FOLDER "/emlx_list.txt"));
-    QVERIFY2(difference.isEmpty(), qPrintable(difference));
-    QCOMPARE(run.log_of(QStringLiteral("mail_macos::extract_emlx_file_location_11")),
-             QStringList({QStringLiteral("start"), QStringLiteral("end")}));
-    QCOMPARE(run.log_of(QStringLiteral("mail_macos::extract_emlx_file_location")),
-             QStringList({QStringLiteral("start"), QStringLiteral("end")}));
-    const QString changes = snapshot.changes();
-    QVERIFY2(changes.isEmpty(), qPrintable(changes));
+    compare_with("emlx_list.txt", list_in(*run, tree.root(), "Source1"));
+    QCOMPARE(run->log_of(text("mail_macos::extract_emlx_file_location_11")), texts({"start", "end"}));
+    QCOMPARE(run->log_of(text("mail_macos::extract_emlx_file_location")), texts({"start", "end"}));
+    QCOMPARE(snapshot.changes(), QString());
 }
 
 // A second source, a home folder, into the same result database.
 void test_macos_emlx::keeps_the_sources_apart()
 {
     QTemporaryDir folder;
-    evidence::macos_mail_tree tree(folder.filePath(QStringLiteral("root")));
+    evidence::macos_mail_tree tree(folder.filePath(text("root")));
     tree.add_store(anna, 4);
     tree.add_store(anna, 2);
     tree.add_file(inbox + QLatin1String("11.emlx"), "0\n");
-    tree.add_file(QStringLiteral("Users/anna/Library/Mail/V2/POP-a/1.emlx"), "0\n");
+    tree.add_file(text("Users/anna/Library/Mail/V2/POP-a/1.emlx"), "0\n");
     tree.finish();
 
-    host_run run(QStringLiteral("macOS"), tree.root(), {messages_tab});
-    run.users = QStringList{anna};
-    run.run();
-    const QString first = list_in(run, tree.root(), QStringLiteral("Source1"));
-    run.source_count = 2;
-    run.source_type = QStringLiteral("macOS_Home_Directory");
-    run.run();
+    const auto run = whole_run(tree, {messages_tab});
+    const QString first = list_in(*run, tree.root(), "Source1");
+    run->source_count = 2;
+    run->source_type = text("macOS_Home_Directory");
+    run->run();
 
-    QCOMPARE(list_in(run, tree.root(), QStringLiteral("Source1")), first);
-    QCOMPARE(
-        list_in(run, tree.root(), QStringLiteral("Source2")),
-        QStringLiteral("1x 0 | 1.emlx | /Users/anna/Library/Mail/V2/POP-a/1.emlx | /Users/anna/Library/Mail/V2/POP-a | "
-                       "/Users/anna/Library/Mail/V2/POP-a | Source2\n"
-                       "1x 0 | 11.emlx | ROOT/Users/anna/Library/Mail/V4/IMAP-a/INBOX.mbox/Messages/11.emlx | "
-                       "ROOT/Users/anna/Library/Mail/V4/IMAP-a | ROOT/Users/anna/Library/Mail/V4/IMAP-a | Source2\n"));
+    QCOMPARE(list_in(*run, tree.root(), "Source1"), first);
+    QCOMPARE(list_in(*run, tree.root(), "Source2"),
+             text("1x 0 | 1.emlx | /Users/anna/Library/Mail/V2/POP-a/1.emlx | /Users/anna/Library/Mail/V2/POP-a | "
+                  "/Users/anna/Library/Mail/V2/POP-a | Source2\n"
+                  "1x 0 | 11.emlx | ROOT/Users/anna/Library/Mail/V4/IMAP-a/INBOX.mbox/Messages/11.emlx | "
+                  "ROOT/Users/anna/Library/Mail/V4/IMAP-a | ROOT/Users/anna/Library/Mail/V4/IMAP-a | Source2\n"));
 }
 
-void test_macos_emlx::logs_what_fails()
+// The list leaves the quotes out of the path, and nothing stands there.
+void test_macos_emlx::mail_file_that_is_not_there()
 {
     QTemporaryDir folder;
-    evidence::macos_mail_tree tree(folder.filePath(QStringLiteral("root")));
-    evidence::macos_mail_store &store = tree.add_store(anna, 4);
+    evidence::macos_mail_tree tree(folder.filePath(text("root")));
     evidence::macos_message mail;
     mail.row_id = 11;
-    mail.mailbox = store.add_mailbox(QStringLiteral("local:///Notes"));
-    mail.subject = store.add_subject(QStringLiteral("Hello"));
-    mail.sender = store.add_address(QStringLiteral("ben@example.org"));
-    store.add_message(mail);
-    const QString path = tree.add_file(inbox + QLatin1String("\"11\".emlx"), "0\n");
+    tree.add_store(anna, 4).add_message(mail);
+    tree.add_file(inbox + text("\"11\".emlx"), "0\n");
     tree.finish();
 
-    // The list leaves the quotes out of the path, and nothing stands there.
-    const QString reader = QStringLiteral("mail_macos::get_cc_and_replytofield");
-    host_run listed(QStringLiteral("macOS"), tree.root(), {messages_tab});
-    listed.users = QStringList{anna};
-    listed.run();
-    QCOMPARE(listed.log_of(reader),
-             QStringList({QLatin1String("file open -----FAILED-------SOURCE/") + inbox + QLatin1String("11.emlx"),
-                          QStringLiteral("Error :- No such file or directory")}));
+    const auto run = whole_run(tree, {messages_tab});
 
-    host_run unlisted(QStringLiteral("macOS"), tree.root(), {messages_tab});
-    unlisted.users = QStringList{anna};
-    unlisted.prepare();
-    execute(unlisted.database_path(), QStringLiteral("drop table emlx_list"));
-    unlisted.extract();
-    unlisted.finish();
-    const QString no_table = QStringLiteral("Error :- no such table: emlx_list");
-    QCOMPARE(
-        unlisted.log_of(QStringLiteral("mail_macos::extract_emlx_file_location_11")),
-        QStringList({QStringLiteral("start"),
-                     QLatin1String("insert in emlx_list ----------FAILED------- ") + unlisted.database_path(), no_table,
-                     QStringLiteral("Query :- insert into emlx_list (bookmark, file_path, file_name, source_file,"
-                                    "artifacts_relation_source_file,source_count_name) values(?,?,?,?, ?,?)"),
-                     QStringLiteral("end")}));
-    const QStringList look_up = unlisted.log_of(QStringLiteral("mail_macos::sub_extract_emlx_file_for_messages_11_12"));
-    QCOMPARE(
-        look_up.mid(0, 3),
-        QStringList({QStringLiteral("start"),
-                     QLatin1String("Execute query_emlx ------FAILED------") + unlisted.database_path(), no_table}));
-    QCOMPARE(unlisted.row_count(messages_tab), 1);
-}
-
-void test_macos_emlx::finds_the_first_row_data()
-{
-    QTest::addColumn<QString>("row_id");
-    QTest::addColumn<QString>("path");
-    const auto row = [](const char *name, const char *row_id, const char *path) {
-        QTest::newRow(name) << QString::fromUtf8(row_id) << QString::fromUtf8(path);
-    };
-    row("whole mail file", "1", "/1.emlx");
-    row("partial one alone", "2", "/2.partial.emlx");
-    row("partial one listed first", "3", "/3.partial.emlx");
-    row("whole one listed first", "4", "/4.emlx");
-    row("listed twice", "5", "/5.emlx");
-    row("of the other source", "6", "");
-    row("of both sources", "7", "/7.emlx");
-    row("negative row id", "-8", "/-8.emlx");
-    row("leading zero", "01", "");
-    row("no number", "9.partial", "/9.partial.emlx");
-    row("no row id", "", "/.emlx");
-    row("not listed", "10", "");
+    QCOMPARE(run->log_of(text("mail_macos::get_cc_and_replytofield")),
+             QStringList({text("file open -----FAILED-------SOURCE/") + inbox + text("11.emlx"),
+                          text("Error :- No such file or directory")}));
 }
 
 void test_macos_emlx::finds_the_first_row()
 {
-    QFETCH(QString, row_id);
-    QFETCH(QString, path);
     QTemporaryDir folder;
-    result_session session(log_of_test, folder.filePath(QStringLiteral("result.sqlite")));
+    result_session session(log_of_test, folder.filePath(text("result.sqlite")));
     QVERIFY(session.open(no_texts));
     QVERIFY(session.database().execute(
         "create table emlx_list(INT INTEGER PRIMARY KEY,file_name VARCHAR(1024),file_path VARCHAR(1024),"
@@ -228,11 +134,27 @@ void test_macos_emlx::finds_the_first_row()
         "('Source1','7.emlx','/7.emlx','/account'),('Source1','-8.emlx','/-8.emlx','/account'),"
         "('Source1','9.partial.emlx','/9.partial.emlx','/account'),('Source1','.emlx','/.emlx','/account'),"
         "('Source1',NULL,'/none','')"));
-    emlx_catalog catalog(session, QStringLiteral("Source1"));
-    const struct_emlx emlx = catalog.find(row_id, log_of_test);
-    QCOMPARE(emlx.file_path, path);
-    QCOMPARE(emlx.file_name, path.mid(1));
-    QCOMPARE(emlx.source_file, path.isEmpty() ? QString() : QStringLiteral("/account"));
+    constexpr std::pair<const char *, const char *> looked_up[] = {
+        {"1", "/1.emlx"},                 // a whole mail file
+        {"2", "/2.partial.emlx"},         // a partial one alone
+        {"3", "/3.partial.emlx"},         // a partial one listed first
+        {"4", "/4.emlx"},                 // a whole one listed first
+        {"5", "/5.emlx"},                 // listed twice
+        {"6", ""},                        // of the other source
+        {"7", "/7.emlx"},                 // of both sources
+        {"-8", "/-8.emlx"},               // a negative row id
+        {"01", ""},                       // a leading zero
+        {"9.partial", "/9.partial.emlx"}, // no number
+        {"", "/.emlx"},                   // no row id
+        {"10", ""},                       // not listed
+    };
+    emlx_catalog catalog(session, text("Source1"));
+    for (const auto &[row_id, path] : looked_up) {
+        const struct_emlx emlx = catalog.find(text(row_id), log_of_test);
+        QCOMPARE(emlx.file_path, text(path));
+        QCOMPARE(emlx.file_name, text(path).mid(1));
+        QCOMPARE(emlx.source_file, text(*path ? "/account" : ""));
+    }
 }
 
 QTEST_MAIN(test_macos_emlx)

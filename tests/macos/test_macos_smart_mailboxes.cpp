@@ -1,6 +1,5 @@
 // The table smart_mailboxes: the vocabulary of the criteria, and whole rows.
 #include "tests/macos/configuration_source.h"
-#include "tests/support/tree_snapshot.h"
 
 #include <ctime>
 
@@ -8,17 +7,15 @@ using evidence::property_list_dictionary;
 
 namespace {
 
-const QString operation = QStringLiteral("mail_macos::xcode_extract_smartbox");
-const QString dates_operation = QStringLiteral("mail_macos::get_dates_from_nsarray");
+const QString operation = text("mail_macos::xcode_extract_smartbox");
+const QString dates_operation = text("mail_macos::get_dates_from_nsarray");
 
-QVariant compound(const QVariantList &criteria)
+// A smart mailbox with one criterion.
+QVariant mailbox(const QVariant &criterion)
 {
-    return property_list_dictionary{{"Header", text("Compound")}, {"Criteria", criteria}};
-}
-
-QVariant mailbox(const char *name, const QVariant &criteria)
-{
-    return property_list_dictionary{{"MailboxName", text(name)}, {"MailboxCriteria", criteria}};
+    const QVariant compound =
+        property_list_dictionary{{"Header", text("Compound")}, {"Criteria", QVariantList{criterion}}};
+    return property_list_dictionary{{"MailboxName", text("")}, {"MailboxCriteria", QVariantList{compound}}};
 }
 
 QVariant criterion_of(const QString &stored)
@@ -28,7 +25,7 @@ QVariant criterion_of(const QString &stored)
     }
     const int colon = stored.indexOf(QLatin1Char(':'));
     QVariantList entries;
-    for (const QString &entry : stored.mid(colon + 2).split(QStringLiteral(" + "))) {
+    for (const QString &entry : stored.mid(colon + 2).split(text(" + "))) {
         entries.append(dictionary_of(entry));
     }
     return property_list_dictionary{
@@ -59,67 +56,53 @@ private:
 void test_macos_smart_mailboxes::criteria()
 {
     QVariantList mailboxes;
-    const auto cases = cases_of("smart_mailbox_criteria.txt");
-    for (const auto &[stored, shown] : cases) {
-        mailboxes.append(mailbox("", QVariantList{compound({criterion_of(stored)})}));
+    QStringList expected;
+    for (const auto &[stored, shown] : cases_of("smart_mailbox_criteria.txt")) {
+        mailboxes.append(mailbox(criterion_of(stored)));
+        expected.append(shown);
     }
     source->write("anna", 9, mailboxes);
 
-    const auto run = source->new_run();
-    run->run();
+    const auto run = source->run();
 
-    const QStringList rows = run->rows(source->table).split(QStringLiteral("row\n"), Qt::SkipEmptyParts);
-    QCOMPARE(rows.size(), cases.size());
-    for (int number = 0; number < rows.size(); ++number) {
-        const QString shown = rows.at(number).section(QStringLiteral("  conditions = \""), 1);
-        QVERIFY2(shown.section(QLatin1Char('"'), 0, 0) == cases.at(number).second,
-                 qPrintable(cases.at(number).first + QLatin1String(": ") + shown));
-    }
+    QCOMPARE(source->column(*run, "conditions"), expected);
 }
 
 void test_macos_smart_mailboxes::rows()
 {
-    const QVariant no_trash = property_list_dictionary{{"Header", text("NotInTrashMailbox")}};
-    const QVariant no_sent = property_list_dictionary{{"Header", text("NotInASpecialMailbox")}};
-    const QVariant to_anna = dictionary_of(text("Header=To | Expression=anna"));
-    const property_list_dictionary whole{
-        {"MailboxAllCriteriaMustBeSatisfied", true},
-        {"MailboxID", text("A1")},
-        {"MailboxName", text(" Reisen & Pläne ")},
-        {"MailboxCriteria",
-         QVariantList{no_trash, to_anna, no_sent,
-                      compound({dictionary_of(text("Header=From | Expression=ben")),
-                                criterion_of(text("date today: Header=DateReceived | Qualifier=IsGreaterThan"))}),
-                      compound({to_anna})}}};
-    const QVariant dates_of_wrong_kind = property_list_dictionary{
-        {"Header", text("Compound")}, {"Criteria", QVariantList{to_anna, text("no dictionary")}}};
-    const QVariant wrong_kinds = mailbox(
-        "wrong kinds", QVariantList{QVariantList{}, property_list_dictionary{{"Header", text("Compound")}},
-                                    compound({1, dates_of_wrong_kind, property_list_dictionary{{"Header", 5}}})});
-    source->write("anna", 9,
-                  QVariantList{whole, text("no dictionary"), mailbox("no criteria", text("no array")),
-                               mailbox("only without trash", QVariantList{no_trash}), wrong_kinds});
-    source->write("anna", 3,
-                  QVariantList{property_list_dictionary{{"MailboxAllCriteriaMustBeSatisfied", 2},
-                                                        {"MailboxID", text("")},
-                                                        {"MailboxName", text("of V3")},
-                                                        {"MailboxCriteria", QVariantList{}}}});
+    source->write("anna", 9, json(R"([
+        {"MailboxAllCriteriaMustBeSatisfied": true, "MailboxID": "A1", "MailboxName": " Reisen & Pläne ",
+         "MailboxCriteria": [
+             {"Header": "NotInTrashMailbox"}, {"Header": "To", "Expression": "anna"}, {"Header": "NotInASpecialMailbox"},
+             {"Header": "Compound", "Criteria": [
+                 {"Header": "From", "Expression": "ben"},
+                 {"Header": "Compound", "Name": "today",
+                  "Criteria": [{"Header": "DateReceived", "Qualifier": "IsGreaterThan"}]}]},
+             {"Header": "Compound", "Criteria": [{"Header": "To", "Expression": "anna"}]}]},
+        "no dictionary",
+        {"MailboxName": "no criteria", "MailboxCriteria": "no array"},
+        {"MailboxName": "only without trash", "MailboxCriteria": [{"Header": "NotInTrashMailbox"}]},
+        {"MailboxName": "wrong kinds", "MailboxCriteria": [
+            [],
+            {"Header": "Compound"},
+            {"Header": "Compound", "Criteria": [
+                1,
+                {"Header": "Compound", "Criteria": [{"Header": "To", "Expression": "anna"}, "no dictionary"]},
+                {"Header": 5}]}]}])"));
+    source->write("anna", 3, json(R"([{"MailboxAllCriteriaMustBeSatisfied": 2, "MailboxID": "", "MailboxName": "of V3",
+                                       "MailboxCriteria": []}])"));
     const tree_snapshot before(source->folder.path());
 
-    const auto run = source->new_run();
-    run->run();
+    const auto run = source->run();
 
     QCOMPARE(before.changes(), QString());
-    const QString difference = source->difference_to("smart_mailboxes.txt", *run);
-    QVERIFY2(difference.isEmpty(), qPrintable(difference));
-    QStringList lines{QStringLiteral("starts"), QStringLiteral("ends"), QStringLiteral("starts")};
-    for (const char *failure :
-         {"dictionary blank", "array blank", "dictionary blank", "array2 blank", "dictionary2 blank"}) {
-        lines << QString::fromLatin1(failure) << QStringLiteral("end with failure");
-    }
-    QCOMPARE(run->log_of(operation), lines << QStringLiteral("ends"));
-    QCOMPARE(run->log_of(dates_operation), (QStringList{text("[get_dates_from_nsarray] dictionary2 blank"),
-                                                        text("[get_dates_from_nsarray] end with failure")}));
+    source->compare_rows_with("smart_mailboxes.txt", *run);
+    const auto failure = [](const char *line) { return texts({line, "end with failure"}); };
+    QCOMPARE(run->log_of(operation), texts({"starts", "ends", "starts"}) + failure("dictionary blank") +
+                                         failure("array blank") + failure("dictionary blank") +
+                                         failure("array2 blank") + failure("dictionary2 blank") + texts({"ends"}));
+    QCOMPARE(run->log_of(dates_operation),
+             texts({"[get_dates_from_nsarray] dictionary2 blank", "[get_dates_from_nsarray] end with failure"}));
     QCOMPARE(run->record_signals.last(), 4);
 }
 

@@ -6,15 +6,16 @@ using evidence::property_list_dictionary;
 
 namespace {
 
-const QString operation = QStringLiteral("mail_macos::xcode_extract_preferences");
+const QString operation = text("mail_macos::xcode_extract_preferences");
 
 void fill_tables(const host_run &run)
 {
-    run_statement(run, text("insert into accounts(user_name, account_identifier) values('anna@example.org', 'A1B2')"));
-    run_statement(run, text("insert into accounts(user_name, account_identifier) values('nobody', '')"));
-    run_statement(run,
-                  text("insert into smart_mailboxes(mailbox_name, mailbox_id) values('Wichtig', 'S1'), (' ', 'S2')"));
-    run_statement(run, text("insert into vip_contacts(vip_name, mailbox_uid) values('Ben', 'S2'), ('Cem', 'V1')"));
+    for (const char *rows :
+         {"accounts(user_name, account_identifier) values('anna@example.org', 'A1B2'), ('nobody', '')",
+          "smart_mailboxes(mailbox_name, mailbox_id) values('Wichtig', 'S1'), (' ', 'S2')",
+          "vip_contacts(vip_name, mailbox_uid) values('Ben', 'S2'), ('Cem', 'V1')"}) {
+        run_statement(run, text("insert into ") + text(rows));
+    }
 }
 
 } // namespace
@@ -26,11 +27,9 @@ class test_macos_viewer_state : public QObject
 private Q_SLOTS:
     void init() { source = std::make_unique<preference_source>(application_list); }
 
-    void settings() { source->check_cases("viewer_state.txt", silent_defaults, fill_tables); }
+    void settings() { source->check_cases("viewer_state.txt", with_silent_defaults, fill_tables); }
     void flags_in_the_order_of_the_list();
-    void without_other_tabs();
     void failed_look_ups();
-    void many_favorites_data();
     void many_favorites();
 
 private:
@@ -41,35 +40,19 @@ private:
 
 void test_macos_viewer_state::flags_in_the_order_of_the_list()
 {
-    property_list_dictionary root = with_silent_defaults({});
-    root.append({"FlagNames", property_list_dictionary{{"6", text("Grau")}, {"0", text("Rot")}, {"b", text("x")}}});
-    source->write(text("anna"), root);
+    const property_list_dictionary flags{{"6", text("Grau")}, {"0", text("Rot")}, {"b", text("x")}};
+    source->write(with_silent_defaults(property_list_dictionary{{"FlagNames", flags}}));
 
-    const auto run = source->new_run();
-    run->run();
+    const auto run = source->run();
 
     QCOMPARE(rows_of(*run), text("Flag Names: Position 6: Grau;Position 0: Rot;Position b: x"));
 }
 
-void test_macos_viewer_state::without_other_tabs()
-{
-    property_list_dictionary root = with_silent_defaults({});
-    root.append({"AccountOrdering", QStringList{text("imap://A1B2/"), text("local://")}});
-    source->write(text("anna"), root);
-
-    const auto run = source->new_run();
-    run->run();
-
-    QCOMPARE(rows_of(*run), text("Account Display Order: Local Account: On My Mac;Account URL: local://"));
-}
-
 void test_macos_viewer_state::failed_look_ups()
 {
-    property_list_dictionary root = with_silent_defaults({});
-    root.append({"AccountOrdering", QStringList{text("imap://A1B2/"), text("local://")}});
-    const QStringList mailboxes{text("smartmailbox://S1"), text("smartmailbox://V1"), text("imap://A1B2/INBOX")};
-    root.append({"DefaultViewerState", property_list_dictionary{{"SelectedMailboxes", mailboxes}}});
-    source->write(text("anna"), root);
+    source->write(with_silent_defaults(json(R"({
+        "AccountOrdering": ["imap://A1B2/", "local://"],
+        "DefaultViewerState": {"SelectedMailboxes": ["smartmailbox://S1", "smartmailbox://V1", "imap://A1B2/INBOX"]}})")));
 
     const auto run = source->new_run();
     run->prepare();
@@ -86,30 +69,22 @@ void test_macos_viewer_state::failed_look_ups()
 }
 
 // The text so far is decoded behind each entry: that must not take a time that grows with the square of their number.
-void test_macos_viewer_state::many_favorites_data()
-{
-    QTest::addColumn<QString>("first");
-    QTest::addColumn<QString>("others");
-    QTest::newRow("an escape each") << text("a%20b") << text("a%20b");
-    // Each decoding takes one escape off the first entry, whose "%" so stays in front of all the others.
-    QTest::newRow("escapes within escapes") << QLatin1Char('%') + text("25").repeated(20000) << text("a b");
-}
-
 void test_macos_viewer_state::many_favorites()
 {
-    QFETCH(QString, first);
-    QFETCH(QString, others);
     constexpr int favorite_count = 50000;
-    QVariantList favorites{property_list_dictionary{{"MailboxUidName", first}}};
-    while (favorites.size() <= favorite_count) {
-        favorites.append(property_list_dictionary{{"MailboxUidName", others}});
+    const std::pair<QString, QString> first_and_others[] = {
+        {text("a%20b"), text("a%20b")}, // an escape each
+                                        // Escapes within escapes: each decoding takes one off the
+                                        // first entry, whose "%" so stays in front of all others.
+        {text("%") + text("25").repeated(20000), text("a b")}};
+    for (const auto &[first, others] : first_and_others) {
+        QVariantList favorites{property_list_dictionary{{"MailboxUidName", first}}};
+        while (favorites.size() <= favorite_count) {
+            favorites.append(property_list_dictionary{{"MailboxUidName", others}});
+        }
+        source->write(property_list_dictionary{{"Favorites", favorites}});
+        QVERIFY(rows_of(*source->run()).count(text("Mailbox UID Name: a b")) >= favorite_count);
     }
-    source->write(text("anna"), property_list_dictionary{{"Favorites", favorites}});
-
-    const auto run = source->new_run();
-    run->run();
-
-    QVERIFY(rows_of(*run).count(text("Mailbox UID Name: a b")) >= favorite_count);
 }
 
 QTEST_MAIN(test_macos_viewer_state)

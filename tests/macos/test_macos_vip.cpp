@@ -1,14 +1,13 @@
 // The table vip_contacts: the lists of both layouts, and large ones.
 #include "tests/macos/configuration_source.h"
-#include "tests/support/tree_snapshot.h"
 
 using evidence::property_list_dictionary;
 using evidence::property_list_form;
 
 namespace {
 
-const QString earlier_operation = QStringLiteral("mail_macos::xcode_extract_vip_list");
-const QString later_operation = QStringLiteral("mail_macos::xcode_extract_vip_list_15");
+const QString earlier_operation = text("mail_macos::xcode_extract_vip_list");
+const QString later_operation = text("mail_macos::xcode_extract_vip_list_15");
 
 QVariant senders(const property_list_dictionary &vips)
 {
@@ -42,50 +41,35 @@ void test_macos_vip::rows()
     const QVariant nothing = property_list_dictionary{};
     source->write(
         "anna", 3,
-        senders({{"Z9",
-                  property_list_dictionary{{"Addresses", QStringList{text(" ben@example.org "), text("ben@work.org")}},
-                                           {"MailboxUnreadCount", 0},
-                                           {"Name", text(" Ben Öztürk ")},
-                                           {"UserInfo", property_list_dictionary{{"MailboxID", text(" M:1 ")},
-                                                                                 {"SortOrder", text("received-date")},
-                                                                                 {"SortedDescending", text("YES")}}}}},
+        senders({{"Z9", json(R"({"Addresses": [" ben@example.org ", "ben@work.org"], "MailboxUnreadCount": 0,
+                                 "Name": " Ben Öztürk ",
+                                 "UserInfo": {"MailboxID": " M:1 ", "SortOrder": "received-date",
+                                              "SortedDescending": "YES"}})")},
                  {"no dictionary", text("x")},
-                 {"A1", property_list_dictionary{{"Addresses", QVariantList{}},
-                                                 {"MailboxUnreadCount", 12.9},
-                                                 {"Name", text(" ")},
-                                                 {"UserInfo", property_list_dictionary{{"MailboxID", text("  ")},
-                                                                                       {"SortOrder", 5},
-                                                                                       {"SortedDescending", true}}}}},
-                 {" ", property_list_dictionary{{"Addresses", text("a@b")},
-                                                {"MailboxUnreadCount", text("3")},
-                                                {"Name", QVariantList{}},
-                                                {"UserInfo", text("M:2")}}},
+                 {"A1", json(R"({"Addresses": [], "MailboxUnreadCount": 12.9, "Name": " ",
+                                 "UserInfo": {"MailboxID": "  ", "SortOrder": 5, "SortedDescending": true}})")},
+                 {" ", json(R"({"Addresses": "a@b", "MailboxUnreadCount": "3", "Name": [], "UserInfo": "M:2"})")},
                  {"E5", nothing}}),
         property_list_form::xml);
     source->write("anna", 6, senders({{"K6", vip_of("of V6")}}));
-    source->write(
-        "ben", 7,
-        property_list_dictionary{
-            {"Z9", property_list_dictionary{{"Name", text(" Cem ")},
-                                            {"EmailAddresses",
-                                             QVariantList{text(" cem@example.org"), 5, text("cem@work.org")}}}},
-            {"Senders", vip_of("named Senders")},
-            {"no dictionary", QVariantList{nothing}},
-            {"empty ends", property_list_dictionary{{"EmailAddresses", QStringList{text(""), text("a"), text("")}}}},
-            {"wrong kinds", property_list_dictionary{{"Name", 1}, {"EmailAddresses", text("a@b")}}},
-            {"none", property_list_dictionary{{"EmailAddresses", QVariantList{}}}}});
+    source->write("ben", 7,
+                  property_list_dictionary{
+                      {"Z9", json(R"({"Name": " Cem ", "EmailAddresses": [" cem@example.org", 5, "cem@work.org"]})")},
+                      {"Senders", vip_of("named Senders")},
+                      {"no dictionary", json("[{}]")},
+                      {"empty ends", json(R"({"EmailAddresses": ["", "a", ""]})")},
+                      {"wrong kinds", json(R"({"Name": 1, "EmailAddresses": "a@b"})")},
+                      {"none", json(R"({"EmailAddresses": []})")}});
     source->write("ben", 9, nothing);
     source->write("ben", 4, property_list_dictionary{{"Senders", nothing}});
     source->write("ben", 5, property_list_dictionary{{"Senders", QVariantList{nothing}}});
     const tree_snapshot before(source->folder.path());
 
-    const auto run = source->new_run();
-    run->run();
+    const auto run = source->run();
 
     QCOMPARE(before.changes(), QString());
-    const QString difference = source->difference_to("vip_contacts.txt", *run);
-    QVERIFY2(difference.isEmpty(), qPrintable(difference));
-    const QStringList lines{text("starts"), text("ends")};
+    source->compare_rows_with("vip_contacts.txt", *run);
+    const QStringList lines = texts({"starts", "ends"});
     QCOMPARE(run->log_of(earlier_operation), lines + lines + lines + lines);
     QCOMPARE(run->log_of(later_operation), lines + lines);
     QCOMPARE(run->record_signals.last(), 10);
@@ -102,8 +86,7 @@ void test_macos_vip::sort_orders()
     }
     source->write("anna", 6, senders(vips));
 
-    const auto run = source->new_run();
-    run->run();
+    const auto run = source->run();
 
     QCOMPARE(source->column(*run, "sort_order"), expected);
 }
