@@ -3,19 +3,15 @@
 #pragma once
 
 #include "evidence/windows_profile.h"
+#include "tests/windows/winos_run.h"
 
-#include <QString>
-#include <QStringList>
-
-inline const QStringList store_tables{QStringLiteral("appointments"), QStringLiteral("all_attachments"),
-                                      QStringLiteral("messages"), QStringLiteral("contacts"),
-                                      QStringLiteral("call_history")};
+inline constexpr const char *store_tables = "appointments all_attachments messages contacts call_history";
 
 inline void write_recipients_of_anna(evidence::windows_store &store)
 {
     using evidence::filetime_of;
     const auto add = [&store](qint64 key, qint64 kind, qint64 time, const char *address) {
-        store.add(evidence::windows_recipient{key, kind, filetime_of(time), QString::fromUtf8(address)});
+        store.add(evidence::windows_recipient{key, kind, filetime_of(time), utf8(address)});
     };
     add(10, 0, 1600000000, "anna@example.org");
     add(10, 1, 1600000000, "ben@example.org");
@@ -31,18 +27,17 @@ inline void write_recipients_of_anna(evidence::windows_store &store)
 inline void write_messages_of_anna(evidence::windows_store &store)
 {
     using evidence::filetime_of;
-    evidence::windows_message full;
-    full.text = QStringLiteral(" \tHello\nthere \r\n");
-    full.from = QStringLiteral("anna@example.org");
-    full.sender_name = QStringLiteral("Änna");
-    full.subject_prefix = QStringLiteral("RE: ");
-    full.subject = QStringLiteral("Plans \U0001F600");
-    full.time = filetime_of(1600000000);
-    full.date_sent = filetime_of(1599999990) + 9999999;
+    const evidence::windows_message full{utf8(" \tHello\nthere \r\n"),
+                                         utf8("anna@example.org"),
+                                         utf8("Änna"),
+                                         utf8("RE: "),
+                                         utf8("Plans \U0001F600"),
+                                         filetime_of(1600000000),
+                                         filetime_of(1599999990) + 9999999};
     store.add(full);
 
     evidence::windows_message same_time = full; // no row
-    same_time.subject = QStringLiteral("Plans again");
+    same_time.subject = utf8("Plans again");
     store.add(same_time);
 
     evidence::windows_message from_senders_alone; // a row without receivers
@@ -54,7 +49,7 @@ inline void write_messages_of_anna(evidence::windows_store &store)
     store.add(without_recipients);
 
     evidence::windows_message received;
-    received.subject = QStringLiteral("Offer");
+    received.subject = utf8("Offer");
     received.time = filetime_of(1600000100);
     received.date_sent = -5; // no FILETIME
     store.add(received);
@@ -64,33 +59,22 @@ inline void write_attachments_of_anna(evidence::windows_store &store)
 {
     const auto add = [&store](const char *name, std::optional<qint64> size, const QString &suffix,
                               std::optional<bool> is_received, qint64 key) {
-        store.add(evidence::windows_attachment{QString::fromUtf8(name), size, suffix, is_received, key});
+        store.add(evidence::windows_attachment{utf8(name), size, suffix, is_received, key});
     };
-    add("sent.pdf", 1234, QStringLiteral(".pdf"), false, 10);
-    add("received.jpg", 10, QStringLiteral(".jpg"), true, 20);
-    add("sent.pdf", 99, QStringLiteral(".pdf"), false, 20); // the name of a row: none
-    add("sent.pdf", 5, QStringLiteral(".pdf"), true, 10);   // but one of the other pass
+    add("sent.pdf", 1234, utf8(".pdf"), false, 10);
+    add("received.jpg", 10, utf8(".jpg"), true, 20);
+    add("sent.pdf", 99, utf8(".pdf"), false, 20); // the name of a row: none
+    add("sent.pdf", 5, utf8(".pdf"), true, 10);   // but one of the other pass
     add("orphan.txt", std::nullopt, QString(), true, 999);
     add("no direction", 3, QString(), std::nullopt, 30); // an absent boolean reads as "false"
 }
 
 inline void write_contacts_of_anna(evidence::windows_store &store)
 {
-    const auto text = [](const char *value) { return QString::fromUtf8(value); };
-    evidence::windows_contact full;
-    full.display_name = text("Anna Smith");
-    full.first_name = text("Anna");
-    full.last_name = text("Smith");
-    full.work_info = text("Sales");
-    full.email_first = text("anna");
-    full.email_second = text("@example.org");
-    full.work_phone = text("+49 2");
-    full.phone = text("+49 1");
-    full.address_first = text("Street 1");
-    full.address_second = text("10969");
-    full.address_third = text("Berlin");
-    full.is_listed = true;
-    full.blob = "\x01\x02";
+    const evidence::windows_contact full{utf8("Anna Smith"), utf8("Anna"),         utf8("Smith"),  utf8("Sales"),
+                                         utf8("anna"),       utf8("@example.org"), utf8("+49 2"),  utf8("+49 1"),
+                                         utf8("Street 1"),   utf8("10969"),        utf8("Berlin"), true,
+                                         "\x01\x02"};
     store.add(full);
 
     evidence::windows_contact unlisted = full; // no row, as the next
@@ -107,29 +91,27 @@ inline void write_contacts_of_anna(evidence::windows_store &store)
 inline void write_stores(const QString &root)
 {
     using evidence::filetime_of;
-    evidence::windows_profile anna(root, QStringLiteral("anna"));
+    evidence::windows_profile anna(root, utf8("anna"));
     evidence::windows_store &store = anna.store();
-    store.add(evidence::windows_appointment{QStringLiteral("Review"), QStringLiteral("Room 1"),
-                                            QStringLiteral("W. Europe Standard Time"), 15, filetime_of(1600000000),
-                                            QStringLiteral("anna@example.org")});
+    store.add(evidence::windows_appointment{utf8("Review"), utf8("Room 1"), utf8("W. Europe Standard Time"), 15,
+                                            filetime_of(1600000000), utf8("anna@example.org")});
     store.add(evidence::windows_appointment{});
     write_recipients_of_anna(store);
     write_messages_of_anna(store);
     write_attachments_of_anna(store);
     write_contacts_of_anna(store);
     store.add(evidence::windows_call{filetime_of(1600000000), filetime_of(1600000060), filetime_of(1600000001),
-                                     filetime_of(-1), QStringLiteral("Berlin"), QStringLiteral("Ben"),
-                                     QStringLiteral("+49 3")});
+                                     filetime_of(-1), utf8("Berlin"), utf8("Ben"), utf8("+49 3")});
     store.add(evidence::windows_call{});
     anna.finish();
 
     // Names and times of anna's store once more: each store counts by itself.
-    evidence::windows_profile ben(root, QStringLiteral("ben"));
+    evidence::windows_profile ben(root, utf8("ben"));
     evidence::windows_message message;
-    message.subject = QStringLiteral("Plans");
+    message.subject = utf8("Plans");
     message.time = filetime_of(1600000000);
     ben.store().add(message);
-    ben.store().add(evidence::windows_recipient{5, 3, filetime_of(1600000000), QStringLiteral("anna@example.org")});
-    ben.store().add(evidence::windows_attachment{QStringLiteral("sent.pdf"), 7, QStringLiteral(".pdf"), false, 6});
+    ben.store().add(evidence::windows_recipient{5, 3, filetime_of(1600000000), utf8("anna@example.org")});
+    ben.store().add(evidence::windows_attachment{utf8("sent.pdf"), 7, utf8(".pdf"), false, 6});
     ben.finish();
 }

@@ -4,16 +4,13 @@
 #include "evidence/windows_profile.h"
 #include "services/html_measure.h"
 #include "services/html_text.h"
-#include "tests/support/host_run.h"
 #include "tests/support/tree_snapshot.h"
+#include "tests/windows/winos_run.h"
 #include "windows/html_block_scan.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -21,53 +18,25 @@
 
 namespace {
 
-const QString anna = QStringLiteral("anna");
-constexpr qint64 modified = 1425201630;
-
-QByteArray utf16(const QString &text)
+// Name, size, time of modification and text of each row, a line a row.
+QString bodies_of(const winos_run &run)
 {
-    return QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
-}
-
-// Name, size, times (whether they are the file's) and text of each row, a line a row.
-QString bodies_of(const host_run &run)
-{
-    QString text;
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("bodies"));
-        database.setDatabaseName(run.database_path());
-        database.open();
-        QSqlQuery query(database);
-        query.exec(QStringLiteral("select substr(file_path,47)||'|'||file_size||'|'||modification_timestamp||'|'||"
-                                  "ifnull(replace(body,char(10),'/'),'NULL') from mail_data order by file_path"));
-        while (query.next()) {
-            text += query.value(0).toString() + QLatin1Char('\n');
-        }
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("bodies"));
-    return text;
+    return run.found_by(QStringLiteral("select substr(file_path,47)||'|'||file_size||'|'||modification_timestamp||'|'||"
+                                       "ifnull(replace(body,char(10),'/'),'NULL') from mail_data order by file_path"));
 }
 
 struct body_tree
 {
     QTemporaryDir folder;
-    QString root = folder.filePath(QStringLiteral("root/"));
-    evidence::windows_profile profile{root, anna};
+    QString root = folder.filePath(utf8("root/"));
+    evidence::windows_profile profile{root, utf8("anna")};
 
     body_tree() { evidence::make_folder(profile.store_files_path()); }
     void add(const char *name, const QByteArray &content)
     {
-        const QString path = profile.add_store_file(QString::fromLatin1(name), content);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadWrite));
-        QVERIFY(file.setFileTime(QDateTime::fromSecsSinceEpoch(modified), QFileDevice::FileModificationTime));
+        set_modified(profile.add_store_file(utf8(name), content), 1425201630);
     }
 };
-
-QStringList lines_with(const QStringList &lines, const char *text)
-{
-    return lines.filter(QString::fromLatin1(text));
-}
 
 } // namespace
 
@@ -91,11 +60,11 @@ void test_bodies::gives_rows_of_files()
     tree.add("2/a.html", "<p>Hi</p>"); // the text files of all three bear one name
     tree.add("3/a.html", "<p>See you</p>\r\n");
     tree.add("4/empty.html", "");
-    tree.add("4/latin.html", "<p>Gr\xFC\xDF"
-                             "e</p>");
+    tree.add("4/latin.html", "<p>Gr\xFC\xDF\x65</p>");
     tree.add("4/utf8.html", "<p>Grüße</p>");
     tree.add("4/zero.html", QByteArray("<p>one\0two</p>", 14));
-    tree.add("5/mail.dat", utf16(QStringLiteral("type: text/html\r\n<html><b>Grüße</b></html> behind </html>")));
+    const QString wide = QStringLiteral("type: text/html\r\n<html><b>Grüße</b></html> behind </html>");
+    tree.add("5/mail.dat", QByteArray(reinterpret_cast<const char *>(wide.utf16()), wide.size() * 2));
     tree.add("5/marked.dat", "text/html, no block");
     tree.add("5/open.dat", "text/html " + QByteArray(300, 'x') + "<html> not closed");
     tree.add("5/plain.dat", QByteArray(300, 'x') + "<html>no type</html>");
@@ -103,53 +72,39 @@ void test_bodies::gives_rows_of_files()
     tree.add("5/.hidden.html", "<p>hidden</p>");
     const tree_snapshot before(tree.root);
 
-    host_run run(QStringLiteral("winOS"), tree.root, {QStringLiteral("mail_data")});
-    run.users = QStringList{anna};
+    winos_run run(tree.root, "mail_data");
     run.run();
 
-    QCOMPARE(bodies_of(run), QStringLiteral("1/a.html|67|1425201630|Dear Ben,/yours/Anna\n"
-                                            "2/a.html|9|1425201630|Hi\n"
-                                            "3/a.html|16|1425201630|See you\n"
-                                            "4/empty.html|0|1425201630|\n"
-                                            "4/latin.html|12|1425201630|Grüße\n"
-                                            "4/utf8.html|14|1425201630|Grüße\n"
-                                            "4/zero.html|14|1425201630|one\n"
-                                            "5/mail.dat|114|1425201630|Grüße\n"
-                                            "5/marked.dat|19|1425201630|\n"
-                                            "5/open.dat|327|1425201630|\n"
-                                            "5/typed.dat|30|1425201630|HTML by its begin\n"));
+    compare_with_expected(bodies_of(run), "body_files.txt");
     QCOMPARE(run.record_signals.last(), 11);
     QCOMPARE(before.changes(), QString());
     QVERIFY(!QDir(run.result_directory() + QLatin1String("/Artifacts_Result/Mail/Files")).exists());
     // The two without a block, and nothing else.
-    QCOMPARE(lines_with(run.log(), "[get_text_from_html]File Open ------UNSUCCESSFUL------: ").size(), 2);
-    QCOMPARE(lines_with(run.log(), "[html_to_ascii_converter]File Open ------UNSUCCESSFUL------: ").size(), 2);
-    QCOMPARE(run.log_of(QStringLiteral("mail_winos::extract_mail_data")),
-             QStringList(
-                 {QStringLiteral("[extract_mail_data]---STARTS---"), QStringLiteral("[extract_mail_data]---ENDS---")}));
-    QCOMPARE(lines_with(run.log(), "FAILED"), QStringList());
+    const auto count_of = [log = run.log()](const char *text) { return log.filter(utf8(text)).size(); };
+    QCOMPARE(count_of("[get_text_from_html]File Open ------UNSUCCESSFUL------: "), 2);
+    QCOMPARE(count_of("[html_to_ascii_converter]File Open ------UNSUCCESSFUL------: "), 2);
+    QCOMPARE(count_of("FAILED"), 0);
+    QCOMPARE(run.log_of("extract_mail_data"), plain_log_of("extract_mail_data"));
 }
 
 void test_bodies::stores_every_column()
 {
     body_tree tree;
     tree.add("3/a.html", "<p>Hi</p>");
-    host_run run(QStringLiteral("winOS"), tree.root, {QStringLiteral("mail_data")});
-    run.users = QStringList{QStringLiteral("anna:OFFICE")};
+    winos_run run(tree.root, "mail_data", "anna:OFFICE");
     run.run();
-    QString row = run.rows(QStringLiteral("mail_data"));
-    for (const char *time : {"creation_timestamp", "last_access_timestamp"}) { // differ from run to run
-        row.remove(QRegularExpression(QLatin1String("\n  ") + QLatin1String(time) + QLatin1String(" = \\d+")));
-    }
-    QCOMPARE(difference_to_expected(row, QStringLiteral(EXPECTED_FOLDER "/mail_data_bodies.txt")), QString());
+    QString row = run.rows(utf8("mail_data"));
+    row.remove(
+        QRegularExpression(QStringLiteral("\n  (creation|last_access)_timestamp = \\d+"))); // differ from run to run
+    compare_with_expected(row, "mail_data_bodies.txt");
 }
 
 // A style sheet that hides all text, were it read; a link and a pipe among the body files.
 void test_bodies::stays_inside_the_file()
 {
     QTemporaryDir outside;
-    const QString style = outside.filePath(QStringLiteral("hide.css"));
-    const QString foreign = outside.filePath(QStringLiteral("foreign.html"));
+    const QString style = outside.filePath(utf8("hide.css"));
+    const QString foreign = outside.filePath(utf8("foreign.html"));
     evidence::write_file(style, "p{display:none}");
     evidence::write_file(foreign, "<p>foreign</p>");
     const QByteArray url = "file://" + style.toUtf8();
@@ -161,8 +116,7 @@ void test_bodies::stays_inside_the_file()
     QVERIFY(QFile::link(data + QLatin1String("3/styled.html"), data + QLatin1String("3/inside.html")));
     QCOMPARE(::mkfifo(QFile::encodeName(data + QLatin1String("3/pipe.html")).constData(), 0600), 0);
 
-    host_run run(QStringLiteral("winOS"), tree.root, {QStringLiteral("mail_data")});
-    run.users = QStringList{anna};
+    winos_run run(tree.root, "mail_data");
     run.run();
     const QString size = QString::number(QFile(data + QLatin1String("3/styled.html")).size());
     QCOMPARE(bodies_of(run),
@@ -182,8 +136,8 @@ void test_bodies::bounds_documents_data()
     row("a list", QStringLiteral("<ul><li>a<li>b</ul>"), "", "a\nb");
     row("nested", times("<div>", 200000) + QStringLiteral("<p>deep &amp; <b>low</b>&#33;</p><script>x</script>"),
         "depth", "deep & low!");
-    row("nested in comments that are none",
-        times("<div title='<!--'><p></x><!-- </div></p> -->", 20000) + QStringLiteral("x"), "depth", "x");
+    row("nested in comments that are none", times("<div title='<!--'><p></x><!-- </div></p> -->", 20000) + utf8("x"),
+        "depth", "x");
     row("long list", QStringLiteral("<ul>") + times("<li>a</li>", 4001), "list items", nullptr);
     row("wide table", times("<tr><td colspan=1000>a</td></tr>", 201), "cells of tables", nullptr);
     row("table wider with each inner table",
@@ -195,7 +149,7 @@ void test_bodies::bounds_documents_data()
         "cells of tables", "a");
     row("rules for all",
         QStringLiteral("<style>") + times("b i b{color:red}", 2000) + QStringLiteral("</style>") + times("<b>", 100) +
-            QStringLiteral("x"),
+            utf8("x"),
         "style rules", "x");
     row("a name in disguise", QStringLiteral("<t&#100; colspan=9999999>a</td>"), "disguised names", "a");
     row("many tags", times("a<br>", 100001), "tags", nullptr);

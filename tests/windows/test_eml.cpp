@@ -48,7 +48,6 @@ void test_eml::takes_values_from_lines_data()
         "From: Anna <anna@example.org>\r\nTo: <ben@example.org>\r\nSubject: Offer\r\nImportance: high\r\n"
         "Date: Mon, 2 Mar 2015 10:20:30 +0100\r\n\r\nbody\r\n",
         " Anna anna@example.org\r\n| ben@example.org\r\n| Offer\r\n| high\r\n| Mon, 2 Mar 2015 10:20:30 +0100\r\n");
-    row("nothing", "", "-|-|-|-|-");
     row("other case is another name", "FROM: a\nto: b\nsubject: c\n", "-|-|-|-|-");
     row("the last line wins, in the body as well", "From: a\nReply-To: b\n\n> From: c\n", " c\n| b\n|-|-|-");
     row("two names in a line", "From: a To: b\n", " b\n| b\n|-|-|-");

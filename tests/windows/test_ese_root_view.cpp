@@ -1,20 +1,17 @@
 // The pages of an ESE file as the library is shown them: the records stay as they were written, and what is no sound
 // root stays byte for byte. Long values are read from the pages beside the library.
-#include "evidence/ese_file.h"
 #include "evidence/files.h"
+#include "tests/evidence/ese_tables.h"
 #include "windows/ese_file.h"
 #include "windows/ese_long_values.h"
 #include "windows/ese_root_view.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
 
 #include <functional>
-
-#include <unistd.h>
 
 using evidence::ese_file_options;
 using evidence::ese_type;
@@ -45,26 +42,20 @@ QVector<int> pages_with(const QByteArray &content, int page_size, quint32 mask, 
     return pages;
 }
 
-QByteArray content_of(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Each record has a leaf for itself.
 QByteArray record_bytes(int index, int page_size)
 {
     return QByteArray::number(index).rightJustified(page_size * 6 / 10, 'x');
 }
 
-void write_records(const QString &path, const ese_file_options &options, int count)
+void write_records(const QString &path, const ese_file_options &options, int count, bool are_long_values = false)
 {
-    evidence::ese_file file(path, options);
-    evidence::ese_table table = file.add_table("Records", {{"value", ese_type::long_binary}});
+    std::vector<std::vector<ese_value>> records;
     for (int i = 0; i < count; ++i) {
-        table.add_record({ese_value::bytes(record_bytes(i, options.page_size))});
+        const ese_value value = ese_value::bytes(record_bytes(i, options.page_size));
+        records.push_back({are_long_values ? value.as_long_value() : value});
     }
-    file.finish();
+    write_table(path, "Records", {{"value", ese_type::long_binary}}, records, options);
 }
 
 QByteArray read_from(const ese_root_view &view, qint64 size, qint64 place)
@@ -99,59 +90,37 @@ Q_DECLARE_METATYPE(ese_file_options)
 void test_ese_root_view::keeps_the_records_data()
 {
     QTest::addColumn<ese_file_options>("options");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("levels");
-    // An entry of a branch takes 10 to 14 bytes, so a root leads to a page's size / 14 to / 10 pages at most.
-    const auto both = [](const char *name, const ese_file_options &options) {
-        QTest::newRow(qPrintable(QString::fromLatin1(name) + QLatin1String(", 2 levels"))) << options << 50 << 2;
-        QTest::newRow(qPrintable(QString::fromLatin1(name) + QLatin1String(", 3 levels")))
-            << options << options.page_size / 9 << 3;
-    };
-    both("4k, old sum", {4096, 0x09});
-    both("8k, old sum", {8192, 0x0a});
-    both("4k", {4096, 0x0c});
-    both("8k", {8192, 0x11});
-    both("8k, not shut down", {8192, 0x11, false});
-    both("16k", {16384, 0x11});
-    both("32k", {32768, 0x14});
+    const ese_file_options all[] = {{4096, 0x09},  {8192, 0x0a},  {4096, 0x0c},       {8192, 0x11},
+                                    {16384, 0x11}, {32768, 0x14}, {8192, 0x11, false}};
+    for (const ese_file_options &options : all) {
+        QTest::addRow("%d bytes, revision %x%s", options.page_size, options.format_revision,
+                      options.cleanly_shut_down ? "" : ", not shut down")
+            << options;
+    }
 }
 
 void test_ese_root_view::keeps_the_records()
 {
     QFETCH(ese_file_options, options);
-    QFETCH(int, count);
-    QFETCH(int, levels);
-    const QString path = new_path();
-    write_records(path, options, count);
-    const QByteArray content = content_of(path);
-    const QVector<int> roots = pages_with(content, options.page_size, page_is_root | page_is_leaf, page_is_root);
-    QCOMPARE(roots.size(), 1);
-    QCOMPARE((flags_of(content, roots.first()) & page_is_parent_of_leaf) != 0, levels == 2);
+    // An entry of a branch takes 10 to 14 bytes: below one root the leaves, or one more level.
+    for (const int count : {50, options.page_size / 9}) {
+        const QString path = new_path();
+        write_records(path, options, count);
+        const QByteArray content = content_of(path);
+        const QVector<int> roots = pages_with(content, options.page_size, page_is_root | page_is_leaf, page_is_root);
+        QCOMPARE(roots.size(), 1);
+        QCOMPARE((flags_of(content, roots.first()) & page_is_parent_of_leaf) != 0, count == 50);
 
-    ese_file file;
-    libesedb_error_t *error = nullptr;
-    QVERIFY(file.open(path, error) == ese_file::opening::done);
-    QVERIFY(read_from(ese_root_view(file.bytes().get()), options.page_size, roots.first()) !=
-            content.mid(roots.first(), options.page_size));
-    libesedb_table_t *handle = nullptr;
-    QCOMPARE(libesedb_file_get_table_by_utf8_name(file.handle(), reinterpret_cast<const uint8_t *>("Records"), 7,
-                                                  &handle, nullptr),
-             1);
-    const ese_table_handle table(handle);
-    int read_count = 0;
-    QCOMPARE(libesedb_table_get_number_of_records(table.get(), &read_count, nullptr), 1);
-    QCOMPARE(read_count, count);
-    for (int i = 0; i < count; ++i) {
-        libesedb_record_t *record_handle = nullptr;
-        QCOMPARE(libesedb_table_get_record(table.get(), i, &record_handle, nullptr), 1);
-        const ese_record_handle record(record_handle);
-        QByteArray value(options.page_size, '\0');
-        size_t size = 0;
-        QCOMPARE(libesedb_record_get_value_data_size(record.get(), 0, &size, nullptr), 1);
-        QVERIFY(size <= static_cast<size_t>(value.size()));
-        libesedb_record_get_value_data(record.get(), 0, reinterpret_cast<uint8_t *>(value.data()), size, nullptr);
-        value.truncate(static_cast<int>(size));
-        QVERIFY2(value == record_bytes(i, options.page_size), qPrintable(QString::number(i)));
+        ese_file file;
+        libesedb_error_t *error = nullptr;
+        QVERIFY(file.open(path, error) == ese_file::opening::done);
+        QVERIFY(read_from(ese_root_view(file.bytes().get()), options.page_size, roots.first()) !=
+                content.mid(roots.first(), options.page_size));
+        const ese_table_handle table = table_of(file.handle(), "Records");
+        QCOMPARE(record_count(table), count);
+        for (int i = 0; i < count; ++i) {
+            QCOMPARE(raw_value(record_at(table, i), 0), record_bytes(i, options.page_size));
+        }
     }
 }
 
@@ -164,27 +133,29 @@ void test_ese_root_view::shows_all_else_as_it_stands_data()
     QTest::addColumn<change>("change_file");
     QTest::addColumn<bool>("is_root_shown_as_it_is");
     QTest::addColumn<bool>("has_pages");
-    const auto flipped = [](int offset) {
-        return change([offset](QByteArray &content, int root) { content[root + offset] = content[root + offset] ^ 1; });
+    const auto unchanged = [](QByteArray &, int) {};
+    const auto longer = [](QByteArray &content, int) { content += QByteArray(99, 'x'); };
+    QTest::newRow("sound") << ese_file_options() << change(unchanged) << false << true;
+    QTest::newRow("part of a page behind") << ese_file_options() << change(longer) << false << true;
+
+    const auto flipped = [](const char *name, const ese_file_options &options, int offset) {
+        QTest::newRow(name) << options << change([offset](QByteArray &content, int root) {
+            content[root + offset] = content[root + offset] ^ 1;
+        }) << true << true;
     };
+    flipped("wrong sum", {}, 0);
+    flipped("wrong correction", {}, 4);
+    flipped("wrong content", {}, 60);
+    flipped("wrong old sum", {4096, 0x09}, 0);
+    flipped("wrong content, old sum", {4096, 0x09}, 60);
+    flipped("wrong sum of a quarter", {16384, 0x11}, 48);
+    flipped("wrong last quarter", {16384, 0x11}, 16380);
+
     constexpr int page_size_offset = 236;
-    const auto page_size_of = [](quint32 size) {
-        return change([size](QByteArray &content, int) { qToLittleEndian(size, content.data() + page_size_offset); });
-    };
-    QTest::newRow("sound") << ese_file_options() << change([](QByteArray &, int) {}) << false << true;
-    QTest::newRow("part of a page behind")
-        << ese_file_options() << change([](QByteArray &content, int) { content += QByteArray(99, 'x'); }) << false
-        << true;
-    QTest::newRow("wrong sum") << ese_file_options() << flipped(0) << true << true;
-    QTest::newRow("wrong correction") << ese_file_options() << flipped(4) << true << true;
-    QTest::newRow("wrong content") << ese_file_options() << flipped(60) << true << true;
-    QTest::newRow("wrong old sum") << ese_file_options{4096, 0x09} << flipped(0) << true << true;
-    QTest::newRow("wrong content, old sum") << ese_file_options{4096, 0x09} << flipped(60) << true << true;
-    QTest::newRow("wrong sum of a quarter") << ese_file_options{16384, 0x11} << flipped(48) << true << true;
-    QTest::newRow("wrong last quarter") << ese_file_options{16384, 0x11} << flipped(16380) << true << true;
     for (const quint32 size : {0U, 1024U, 8191U, 65536U, 0xffffffffU}) {
-        QTest::newRow(qPrintable(QStringLiteral("page size %1").arg(size)))
-            << ese_file_options() << page_size_of(size) << true << false;
+        QTest::addRow("page size %u", size) << ese_file_options() << change([size](QByteArray &content, int) {
+            qToLittleEndian(size, content.data() + page_size_offset);
+        }) << true << false;
     }
 }
 
@@ -228,12 +199,7 @@ void test_ese_root_view::deleted_long_values_end()
     constexpr int count = 200;
     constexpr quint16 tag_is_deleted = 0x4000;
     const QString written = new_path();
-    evidence::ese_file store(written, {page_size, 0x11});
-    evidence::ese_table table = store.add_table("Long", {{"value", ese_type::long_binary}});
-    for (int i = 0; i < count; ++i) {
-        table.add_record({ese_value::bytes(record_bytes(i, page_size)).as_long_value()});
-    }
-    store.finish();
+    write_records(written, {page_size}, count, true);
     QByteArray content = content_of(written);
     const QVector<int> roots =
         pages_with(content, page_size, page_is_root | page_is_of_long_values, page_is_root | page_is_of_long_values);
