@@ -4,14 +4,7 @@
 #include "evidence/sample_macos_mail_tree.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
-#include <QSqlDatabase>
-#include <QSqlQuery>
-
-#include <algorithm>
 
 #include <grp.h>
 #include <unistd.h>
@@ -47,36 +40,18 @@ constexpr sample_file files[] = {
 
 constexpr sample_file links[] = {
     {"link_to_ios", "ios"},
+    {"link_to_file", "file"},
     {"dangling", "nowhere"},
-    {"mac/Users/escape", "/"},
+    {"mac/Users/escape", "/usr"},
     {"linked/Artifacts_Result/Mail/Mail.sqlite", "../../../ios/private/var/mobile/Library/Mail/Envelope Index"},
 };
 
-constexpr const char *shown_statements[] = {
+constexpr const char *shown_database =
     "CREATE TABLE messages(INT INTEGER PRIMARY KEY, subject VARCHAR(1024), cc VARCHAR(1024), "
-    "message_date_sent INTEGER, source_count_name VARCHAR(1024))",
-    "CREATE TABLE recents(INT INTEGER PRIMARY KEY)",
-    "INSERT INTO messages VALUES(1, 'a,\"b\"' || char(13, 10) || 'c', NULL, '1578307200', 'Source1')",
-    "INSERT INTO messages VALUES(2, '', NULL, '600000000.5', 'Source2')",
-    "INSERT INTO messages VALUES(3, char(27) || '[2J' || char(8238), NULL, 9e999, 'Source2')",
-};
-
-bool make_shown_database(const QString &path)
-{
-    bool succeeded = write_file(path, QByteArray());
-    const QString connection_name = QStringLiteral("shown");
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection_name);
-        database.setDatabaseName(path);
-        succeeded = database.open() && succeeded;
-        QSqlQuery query(database);
-        for (const char *statement : shown_statements) {
-            succeeded = query.exec(QString::fromLatin1(statement)) && succeeded;
-        }
-    }
-    QSqlDatabase::removeDatabase(connection_name);
-    return succeeded;
-}
+    "message_date_sent INTEGER, source_count_name VARCHAR(1024));"
+    "CREATE TABLE recents(INT INTEGER PRIMARY KEY);"
+    "INSERT INTO messages VALUES(1, 'a,\"b\"' || char(13, 10) || 'c', NULL, '1578307200', 'Source1'),"
+    "(2, '', NULL, '600000000.5', 'Source2'), (3, char(27) || '[2J' || char(8238), NULL, 9e999, 'Source2');";
 
 class unprivileged_process : public QProcess
 {
@@ -92,36 +67,39 @@ protected:
 
 } // namespace
 
-bool make_samples(const QString &folder)
+void make_samples(const QString &folder)
 {
-    const QDir samples(folder);
+    const auto in_folder = [&folder](const char *path) { return folder + "/"_s + QString::fromLatin1(path); };
     evidence::sample_ios_file_tree_options options;
     options.message_count = sample_messages;
-    evidence::write_sample_ios_file_tree(samples.filePath(QStringLiteral("ios")), options);
+    evidence::write_sample_ios_file_tree(in_folder("ios"), options);
     evidence::sample_macos_mail_tree_options volume_options;
     volume_options.message_count = sample_messages;
     volume_options.storage = evidence::sqlite_storage::wal_only;
-    evidence::write_sample_macos_mail_tree(samples.filePath(QStringLiteral("volume")), volume_options);
-
-    return std::all_of(std::begin(folders), std::end(folders),
-                       [&](const char *made) { return samples.mkpath(QString::fromLatin1(made)); }) &&
-           std::all_of(std::begin(files), std::end(files),
-                       [&](const sample_file &file) {
-                           return write_file(samples.filePath(QString::fromLatin1(file.path)), file.content);
-                       }) &&
-           std::all_of(std::begin(links), std::end(links),
-                       [&](const sample_file &link) {
-                           return QFile::link(QString::fromLatin1(link.content),
-                                              samples.filePath(QString::fromLatin1(link.path)));
-                       }) &&
-           make_shown_database(samples.filePath(QStringLiteral("shown/Artifacts_Result/Mail/Mail.sqlite")));
+    evidence::write_sample_macos_mail_tree(in_folder("volume"), volume_options);
+    for (const char *made : folders) {
+        evidence::make_folder(in_folder(made));
+    }
+    for (const auto &[path, content] : files) {
+        write_file(in_folder(path), content);
+    }
+    for (const auto &[path, target] : links) {
+        QVERIFY(QFile::link(QString::fromLatin1(target), in_folder(path)));
+    }
+    make_database(in_folder("shown"), shown_database);
 }
 
-bool write_file(const QString &path, const QByteArray &content)
+void write_file(const QString &path, const QByteArray &content)
 {
-    QFile file(path);
-    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size();
+    evidence::make_folder(evidence::folder_of(path));
+    evidence::write_file(path, content);
+}
+
+void make_database(const QString &result_folder, const char *script)
+{
+    evidence::sqlite_file database(result_folder + "/Artifacts_Result/Mail/Mail.sqlite"_s);
+    database.run(QString::fromUtf8(script));
+    database.finish();
 }
 
 QStringList state_of(const QString &folder)
@@ -131,9 +109,8 @@ QStringList state_of(const QString &folder)
                       QDirIterator::Subdirectories);
     while (walk.hasNext()) {
         const QFileInfo entry(walk.next());
-        state +=
-            QStringLiteral("%1 %2 %3")
-                .arg(entry.filePath(), QString::number(entry.size()), entry.lastModified().toString(Qt::ISODateWithMs));
+        state += "%1 %2 %3"_s.arg(entry.filePath(), QString::number(entry.size()),
+                                  entry.lastModified().toString(Qt::ISODateWithMs));
     }
     state.sort();
     return state;
@@ -154,11 +131,16 @@ finished_program finish_program(QProcess &process)
             QString::fromUtf8(process.readAllStandardError())};
 }
 
-finished_program run_program(const QString &folder, const QString &arguments)
+finished_program run_program(const QString &folder, const QString &arguments, int exit_code)
 {
     QProcess process;
     start_program(process, folder, arguments);
-    return finish_program(process);
+    const finished_program program = finish_program(process);
+    if (program.exit_code != exit_code) {
+        const QString told = "%1: exit code %2\n"_s.arg(arguments).arg(program.exit_code);
+        QTest::qFail(qPrintable(told + program.output + program.errors), __FILE__, __LINE__);
+    }
+    return program;
 }
 
 finished_program run_program_without_privileges(const QString &folder, const QString &arguments)

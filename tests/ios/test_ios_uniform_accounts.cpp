@@ -1,65 +1,44 @@
 // The table accounts of an iOS file tree: the account selected last, looked up in the account database.
-#include "evidence/files.h"
 #include "evidence/ios_file_tree.h"
+#include "tests/services/service_test.h"
 #include "tests/support/host_run.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QDir>
 
-#include <functional>
-
-using writing = std::function<void(evidence::ios_file_tree &)>;
+using writing = void (*)(evidence::ios_file_tree &);
 Q_DECLARE_METATYPE(writing)
 
 namespace {
 
 using evidence::account_row;
 using evidence::ios_file_tree;
-using evidence::property_list_dictionary;
 using evidence::property_list_form;
+using dictionary = evidence::property_list_dictionary;
 
-const QString accounts_tab = QStringLiteral("accounts");
-const QString starts = QStringLiteral("Starts");
-const QString ends = QStringLiteral("Ends");
-const QString list_failure = QStringLiteral("m_plist open---FAILED---SOURCE/private/var/mobile/Library/Mail/"
-                                            "MailboxCollections.plist");
+const QString operation = "mail_ios_uniform::xcode_extract_mail_accounts"_s;
+const QString id = "4F2B-ÄÖ"_s;
+const QString list_failure = "m_plist open---FAILED---SOURCE/private/var/mobile/Library/Mail/"
+                             "MailboxCollections.plist"_s;
 
-// The columns that every row has, whatever was found.
-QString row_of(const QString &found, const QString &unique_id)
-{
-    return QLatin1String("row\n  bookmark = 0\n  INT = 1\n") + found.section(QLatin1Char('|'), 0, 0) +
-           QLatin1String("  unique_id = \"") + unique_id + QLatin1String("\"\n") +
-           found.section(QLatin1Char('|'), 1, 1) +
-           QLatin1String("  os_scheme_display = \"Display of iOS_Uniform\"\n"
-                         "  source_count_name = \"Source1\"\n"
-                         "  source_file = \"/private/var/mobile/Library/Mail/MailboxCollections.plist;"
-                         "/private/var/mobile/Library/Accounts/Accounts3.sqlite\"\n");
-}
-
-// An account below the parent "iCloud", with the real form of a date: seconds since 2001 and a fraction.
-void add_accounts(ios_file_tree &tree, const QString &identifier, int parent_key = 3)
+// Two accounts of one identifier, the last below a parent "iCloud" and with the real form of a date: seconds since 2001
+// and a fraction.
+void add_accounts(ios_file_tree &tree, const QString &identifier, int parent_key)
 {
     account_row parent;
     parent.key = 3;
-    parent.description = QStringLiteral("iCloud");
-    parent.identifier = QStringLiteral("parent");
+    parent.description = "iCloud"_s;
+    parent.identifier = "parent"_s;
     tree.accounts().add_account(parent);
     account_row account;
-    account.key = 4;
+    account.identifier = identifier;
+    account.user_name = "not the last"_s;
+    tree.accounts().add_account(account);
     account.parent = parent_key;
     account.date = 600000000.309041;
-    account.identifier = identifier;
-    account.owning_bundle_id = QStringLiteral("com.apple.accountsd");
-    account.user_name = QStringLiteral("anna@example.org");
-    account.description = QStringLiteral("not this one");
+    account.owning_bundle_id = "com.apple.accountsd"_s;
+    account.user_name = "anna@example.org"_s;
+    account.description = "not this one"_s;
     tree.accounts().add_account(account);
-}
-
-QByteArray nested_arrays(int depth)
-{
-    return "<?xml version=\"1.0\"?><plist version=\"1.0\">" + QByteArray("<array>").repeated(depth) +
-           QByteArray("</array>").repeated(depth) + "</plist>";
 }
 
 } // namespace
@@ -69,122 +48,85 @@ class test_ios_uniform_accounts : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void sources_data();
-    void sources();
-};
-
-void test_ios_uniform_accounts::sources_data()
-{
-    QTest::addColumn<writing>("write");
-    QTest::addColumn<QString>("rows");
-    QTest::addColumn<QStringList>("log");
-    const QStringList whole{starts, ends};
-    const QString id = QStringLiteral("4F2B-ÄÖ");
-    // 600000000 seconds behind 2001-01-01 are 1578307200 seconds behind 1970-01-01.
-    const QString found =
-        QStringLiteral("  user_name = \"anna@example.org\"\n  owner_bundle_id = \"com.apple.accountsd\"\n"
-                       "  account_description = \"iCloud\"\n|  date_added = 1578307200\n");
-
-    for (const property_list_form form : {property_list_form::xml, property_list_form::binary}) {
-        QTest::newRow(form == property_list_form::xml ? "account found, XML" : "account found, binary")
-            << writing([=](ios_file_tree &tree) {
-                   tree.write_mailbox_collections(id, form);
-                   add_accounts(tree, id);
-               })
-            << row_of(found, id) << whole;
+    // One run behind the other: found, of a parent unknown, unknown, of a number, not selected, and not selected where
+    // an account has no identifier. 600000000 seconds behind 2001-01-01 are 1578307200 seconds behind 1970-01-01.
+    void rows()
+    {
+        const auto selected = [](const QVariant &item) { return QVariant(dictionary{{"lastSelectedItem", item}}); };
+        const QVariant known = selected(dictionary{{"uniqueID", id}});
+        const QVariant unknown = selected(dictionary{{"uniqueID", "other"_s}});
+        const QVariant number = selected(dictionary{{"uniqueID", 5}});
+        const QVariant other = dictionary{{"other", 1}};
+        const QTemporaryDir folder;
+        const QString root = folder.filePath("source"_s);
+        host_run run("iOS_Uniform"_s, root, {"accounts"_s});
+        for (const auto &[list, identifier, parent] : {std::tuple(known, id, 3),
+                                                       {known, id, 99},
+                                                       {unknown, id, 3},
+                                                       {number, "5"_s, 3},
+                                                       {other, id, 3},
+                                                       {selected("no dictionary"_s), ""_s, 3}}) {
+            QDir(root).removeRecursively();
+            ios_file_tree tree(root);
+            tree.write_mailbox_collections(list, parent == 3 ? property_list_form::binary : property_list_form::xml);
+            add_accounts(tree, identifier, parent);
+            tree.finish();
+            run.prepare();
+            run.extract();
+            QCOMPARE(run.log_of(operation).mid(run.row_count("accounts"_s) * 2 - 2),
+                     (QStringList{"Starts"_s, "Ends"_s}));
+        }
+        QCOMPARE(difference_to_expected(run.rows("accounts"_s), EXPECTED_FOLDER "/uniform_accounts.txt"_s), QString());
     }
-    QTest::newRow("no account selected") << writing([=](ios_file_tree &tree) {
-        tree.write_mailbox_collections(property_list_dictionary{{"other", 1}}, property_list_form::xml);
-        add_accounts(tree, id);
-    }) << row_of(QStringLiteral("|"), QString())
-                                         << whole;
-    QTest::newRow("no account selected, and one without identifier") << writing([=](ios_file_tree &tree) {
-        tree.write_mailbox_collections(property_list_dictionary{{"lastSelectedItem", QStringLiteral("no dictionary")}},
-                                       property_list_form::binary);
-        add_accounts(tree, QLatin1String(""));
-    }) << row_of(found, QString()) << whole;
-    QTest::newRow("id is a number") << writing([=](ios_file_tree &tree) {
-        tree.write_mailbox_collections(
-            property_list_dictionary{{"lastSelectedItem", property_list_dictionary{{"uniqueID", 5}}}},
-            property_list_form::binary);
-        add_accounts(tree, QStringLiteral("5"));
-    }) << row_of(QStringLiteral("|"), QString())
-                                    << whole;
-    QTest::newRow("id unknown") << writing([=](ios_file_tree &tree) {
-        tree.write_mailbox_collections(QStringLiteral("other"));
-        add_accounts(tree, id);
-    }) << row_of(QStringLiteral("|"), QStringLiteral("other"))
-                                << whole;
-    QTest::newRow("parent unknown") << writing([=](ios_file_tree &tree) {
-        tree.write_mailbox_collections(id);
-        add_accounts(tree, id, 99);
-    }) << row_of(QString(found).remove(QStringLiteral("  account_description = \"iCloud\"\n")), id)
-                                    << whole;
-    QTest::newRow("two accounts of one id: the last") << writing([=](ios_file_tree &tree) {
-        tree.write_mailbox_collections(id);
-        add_accounts(tree, id);
-        account_row last;
-        last.identifier = id;
-        last.user_name = QStringLiteral("ben");
-        tree.accounts().add_account(last);
-    }) << row_of(QStringLiteral("  user_name = \"ben\"\n|"), id)
-                                                      << whole;
 
-    QTest::newRow("property list missing")
-        << writing([=](ios_file_tree &tree) { add_accounts(tree, id); }) << QString() << QStringList{starts};
-    QTest::newRow("account database missing")
-        << writing([=](ios_file_tree &tree) { tree.write_mailbox_collections(id); }) << QString()
-        << QStringList{starts};
-    QTest::newRow("property list is an array") << writing([=](ios_file_tree &tree) {
-        tree.write_mailbox_collections(QVariantList{1}, property_list_form::binary);
-        add_accounts(tree, id);
-    }) << QString() << QStringList{starts, list_failure};
-    QTest::newRow("property list is none") << writing([=](ios_file_tree &tree) {
-        evidence::write_file(tree.mailbox_collections_path(), "no property list");
-    }) << QString() << QStringList{starts, list_failure};
-    QTest::newRow("property list is nested deep") << writing([=](ios_file_tree &tree) {
-        evidence::write_file(tree.mailbox_collections_path(), nested_arrays(100000));
-    }) << QString() << QStringList{starts, list_failure};
-    QTest::newRow("property list is a folder")
-        << writing([=](ios_file_tree &tree) { evidence::make_folder(tree.mailbox_collections_path()); }) << QString()
-        << QStringList{starts, list_failure};
-    QTest::newRow("account database is none")
-        << writing([=](ios_file_tree &tree) {
-               tree.write_mailbox_collections(id);
-               tree.add_file(QStringLiteral("private/var/mobile/Library/Accounts/Accounts3.sqlite"),
-                             QByteArray(200, 'x'));
-           })
-        << QString()
-        << QStringList{starts, QStringLiteral("Select query -----FAILED----- TMP/Accounts3.sqlite"),
-                       QStringLiteral("ERROR :- file is not a database"),
-                       QStringLiteral("Query :- SELECT ZPARENTACCOUNT,ZDATE,ZOWNINGBUNDLEID,ZUSERNAME FROM ZACCOUNT "
-                                      "WHERE ZIDENTIFIER = ?")};
-    QTest::newRow("account database is a folder")
-        << writing([=](ios_file_tree &tree) {
-               tree.write_mailbox_collections(id);
-               evidence::make_folder(tree.accounts_path());
-           })
-        << QString()
-        << QStringList{starts, QStringLiteral("Source Db open -----FAILED-----TMP/Accounts3.sqlite"),
-                       QStringLiteral("Error :- unable to open database file")};
-}
+    void failures_data()
+    {
+        QTest::addColumn<writing>("write");
+        QTest::addColumn<QStringList>("log"); // behind the start
+        const auto row = [](const char *name, writing write, const QStringList &log) {
+            QTest::newRow(name) << write << log;
+        };
+        row("property list missing", [](ios_file_tree &tree) { add_accounts(tree, id, 3); }, {});
+        row("account database missing", [](ios_file_tree &tree) { tree.write_mailbox_collections(id); }, {});
+        row("property list is an array",
+            [](ios_file_tree &tree) {
+                tree.write_mailbox_collections(QVariantList{1}, property_list_form::binary);
+                add_accounts(tree, id, 3);
+            },
+            {list_failure});
+        row("property list is none",
+            [](ios_file_tree &tree) { evidence::write_file(tree.mailbox_collections_path(), "no property list"); },
+            {list_failure});
+        row("account database is none",
+            [](ios_file_tree &tree) {
+                tree.write_mailbox_collections(id);
+                tree.add_file("private/var/mobile/Library/Accounts/Accounts3.sqlite"_s, QByteArray(200, 'x'));
+            },
+            {"Select query -----FAILED----- TMP/Accounts3.sqlite"_s, "ERROR :- file is not a database"_s,
+             "Query :- SELECT ZPARENTACCOUNT,ZDATE,ZOWNINGBUNDLEID,ZUSERNAME FROM ZACCOUNT WHERE ZIDENTIFIER = ?"_s});
+        row("account database is a folder",
+            [](ios_file_tree &tree) {
+                tree.write_mailbox_collections(id);
+                evidence::make_folder(tree.accounts_path());
+            },
+            {"Source Db open -----FAILED-----TMP/Accounts3.sqlite"_s, "Error :- unable to open database file"_s});
+    }
 
-void test_ios_uniform_accounts::sources()
-{
-    QFETCH(writing, write);
-    QFETCH(QString, rows);
-    QFETCH(QStringList, log);
-    QTemporaryDir folder;
-    ios_file_tree tree(folder.filePath(QStringLiteral("source")));
-    write(tree);
-    tree.finish();
-
-    host_run run(QStringLiteral("iOS_Uniform"), tree.root(), {accounts_tab});
-    run.run();
-    QCOMPARE(run.rows(accounts_tab), rows);
-    QCOMPARE(run.log_of(QStringLiteral("mail_ios_uniform::xcode_extract_mail_accounts")), log);
-    QCOMPARE(run.tab_signals, QList<int>{1});
-}
+    void failures()
+    {
+        QFETCH(writing, write);
+        QFETCH(QStringList, log);
+        const QTemporaryDir folder;
+        ios_file_tree tree(folder.filePath("source"_s));
+        write(tree);
+        tree.finish();
+        host_run run("iOS_Uniform"_s, tree.root(), {"accounts"_s});
+        run.run();
+        QCOMPARE(run.row_count("accounts"_s), 0);
+        QCOMPARE(run.log_of(operation), QStringList{"Starts"_s} + log);
+        QCOMPARE(run.tab_signals, QList<int>{1});
+    }
+};
 
 QTEST_MAIN(test_ios_uniform_accounts)
 #include "test_ios_uniform_accounts.moc"

@@ -9,16 +9,6 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-namespace {
-
-void write_source(const QString &path, const QByteArray &content)
-{
-    evidence::write_file(path, content);
-    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
-}
-
-} // namespace
-
 class test_working_copies : public QObject
 {
     Q_OBJECT
@@ -78,11 +68,12 @@ private Q_SLOTS:
     void copies()
     {
         const QByteArray large(3 << 20, 'x');
-        write_source(at("source/Übersicht"), large + "1");
-        write_source(at("source/Übersicht-shm"), "shm");
-        write_source(at("source/Übersicht-wal"), large + "wal");
-        write_source(at("source/other/Übersicht"), "2");
-        write_source(at("source/other/Übersicht-wal"), "2 wal");
+        evidence::write_file(at("source/Übersicht"), large + "1");
+        evidence::write_file(at("source/Übersicht-shm"), "shm");
+        evidence::write_file(at("source/Übersicht-wal"), large + "wal");
+        evidence::write_file(at("source/other/Übersicht"), "2");
+        evidence::write_file(at("source/other/Übersicht-wal"), "2 wal");
+        QVERIFY(QFile::setPermissions(at("source/other/Übersicht"), QFile::ReadOwner));
         const tree_snapshot source(at("source"));
         QCOMPARE(helper.get_adhoc_path_for_database(at("source/Übersicht")), at("copies/of mail/Übersicht"));
         QCOMPARE(helper.get_adhoc_path_for_database(at("source/other/Übersicht")), at("copies/of mail/1_Übersicht"));
@@ -106,7 +97,7 @@ private Q_SLOTS:
         QCOMPARE(helper.get_adhoc_path_for_database("  "_s), QString());
         make_pipe(at("source/pipe"));
         make_pipe(at("source/db-wal"));
-        write_source(at("source/db"), "content");
+        evidence::write_file(at("source/db"), "content");
         QVERIFY(QFile::link(at("source/db"), at("source/db-shm")));
         for (const char *name : {"missing", "pipe", "other"}) { // none is waited for, and none leaves a copy
             QVERIFY(!QFileInfo::exists(helper.get_adhoc_path_for_database(at("source/") + QString::fromUtf8(name))));
@@ -119,10 +110,11 @@ private Q_SLOTS:
     void log_without_database()
     {
         evidence::make_folder(at("source/first/db"));
-        write_source(at("source/first/db-wal"), "of the first");
+        evidence::write_file(at("source/first/db-wal"), "of the first");
         evidence::make_folder(at("source/second"));
-        write_source(at("source/second/db"), "second");
+        evidence::write_file(at("source/second/db"), "second");
         helper.get_adhoc_path_for_database(at("source/first/db"));
+        QVERIFY(!QFileInfo::exists(at("copies/of mail/db-wal")));
         const QString second = helper.get_adhoc_path_for_database(at("source/second/db"));
         QCOMPARE(content_of(second), QByteArray("second"));
         QVERIFY(!QFileInfo::exists(second + "-wal"_s));
@@ -130,7 +122,7 @@ private Q_SLOTS:
 
     void holes_stay_holes()
     {
-        write_source(at("source/db"), "begin");
+        evidence::write_file(at("source/db"), "begin");
         QVERIFY(QFile::resize(at("source/db"), Q_INT64_C(1) << 40)); // a terabyte, on no disk
         const QString copy = helper.get_adhoc_path_for_regular_file(at("source/db"));
         QCOMPARE(QFileInfo(copy).size(), Q_INT64_C(1) << 40);
