@@ -113,9 +113,23 @@ void print_failures(const log_failures &failures, const QString &log_file)
     }
 }
 
-// The tables that may lack rows, as the failures have it.
-void print_incomplete_tables(const log_failures &failures)
+void print_unreadable(const QStringList &files)
 {
+    if (!files.isEmpty()) {
+        print_line(QStringLiteral("Files of the backup that cannot be read: %1").arg(files.size()));
+        for (const QString &file : files.mid(0, failures_shown)) {
+            print_line(QStringLiteral("  ") + escaped_for_terminal(file));
+        }
+    }
+}
+
+// The tables that may lack rows, as the failures have it. What an unreadable file would have filled is not known.
+void print_incomplete_tables(const log_failures &failures, bool has_unreadable_files)
+{
+    if (has_unreadable_files) {
+        print_line(QStringLiteral("Incomplete: possibly every table"));
+        return;
+    }
     QStringList tables;
     for (const QString &operation : failures.operations) {
         const QStringList filled = tables_filled_by(operation);
@@ -178,7 +192,8 @@ int command_run(const QStringList &arguments)
     const bool has_result = print_result(request, rows_before);
     const log_failures failures = failures_of(request, log_begin);
     print_failures(failures, request.places.log_file);
-    print_incomplete_tables(failures);
+    print_unreadable(outcome.unreadable_files);
+    print_incomplete_tables(failures, !outcome.unreadable_files.isEmpty());
     print_line(QStringLiteral("Result database: %1")
                    .arg(escaped_for_terminal(result_database_path(request.places.result_directory))));
     print_line(QStringLiteral("Log: %1").arg(escaped_for_terminal(request.places.log_file)));
@@ -189,5 +204,6 @@ int command_run(const QStringList &arguments)
     if (outcome.interrupted) {
         return exit_interrupted;
     }
-    return failures.count > 0 || !has_result ? exit_done_with_failures : exit_done;
+    const bool is_whole = failures.count == 0 && outcome.unreadable_files.isEmpty() && has_result;
+    return is_whole ? exit_done : exit_done_with_failures;
 }

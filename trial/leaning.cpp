@@ -14,7 +14,7 @@ enum class homes
 };
 
 /// Beyond the files that they name, rows lean on those whose path holds the text. A column's name in braces stands for
-/// its value.
+/// its value, with "/.." behind for the folder that its value names.
 struct leaning
 {
     const char *scheme;
@@ -28,6 +28,7 @@ struct leaning
 constexpr leaning leanings[] = {
     {"ios-file-tree",   "messages",        "",             "/Accounts/",                 homes::same},
     {"ios-file-tree",   "messages",        "",             "/MessageData/{row_id}/",     homes::same},
+    {"ios-file-tree",   "messages",        "",             "{emlx_file_path/..}/",       homes::same},
     // The manifest says which file is which.
     {"ios-backup",      "",                "",             "Manifest.",                  homes::same},
     {"macos-volume",    "messages",        "",             "/Messages/{emlx_file_name}", homes::same},
@@ -72,8 +73,15 @@ QByteArray filled(QByteArray path_part, const result_row &row)
     const int begin = path_part.indexOf('{');
     const int end = path_part.indexOf('}');
     if (begin >= 0) {
-        const auto cell = row.cells.find(path_part.mid(begin + 1, end - begin - 1));
-        path_part.replace(begin, end - begin + 1, cell == row.cells.end() ? QByteArray("{}") : cell->second);
+        QByteArray column = path_part.mid(begin + 1, end - begin - 1);
+        const bool is_folder = column.endsWith("/..");
+        column.chop(is_folder ? 3 : 0);
+        const auto cell = row.cells.find(column);
+        QByteArray value = cell == row.cells.end() ? QByteArray("{}") : cell->second;
+        if (is_folder) {
+            value.truncate(std::max(value.lastIndexOf('/'), 0));
+        }
+        path_part.replace(begin, end - begin + 1, value);
     }
     return path_part;
 }

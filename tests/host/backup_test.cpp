@@ -199,6 +199,27 @@ private Q_SLOTS:
         }
     }
 
+    void closed_files_are_told()
+    {
+        const QString root = folder.filePath("closed/"_s);
+        ios_backup backup(root);
+        backup.add(evidence::ios_search_settings_path, settings_with_vip("Anna"_s));
+        backup.finish();
+        constexpr QFile::Permissions everything(0x7777);
+        QVERIFY(QFile::setPermissions(folder.path(), everything) && QDir(folder.path()).mkdir("open"_s));
+        QVERIFY(QFile::setPermissions(folder.filePath("open"_s), everything));
+        if (run_program_without_privileges(folder.path(), "--version"_s).exit_code != 0) {
+            QSKIP("the program stands in a folder that is closed to other users");
+        }
+        const QString closed = QFileInfo(vip_file(root, newer)).path();
+        QVERIFY(QFile::setPermissions(closed, QFile::Permissions()));
+        const finished_program program = run_program_without_privileges(folder.path(), "run closed --result open"_s);
+        QVERIFY(QFile::setPermissions(closed, everything));
+        QCOMPARE(program.exit_code, 1);
+        QVERIFY2(program.output.contains(closed + ": Permission denied\nIncomplete: possibly every table\n"_s),
+                 qPrintable(program.output));
+    }
+
     void encrypted_backups_are_refused()
     {
         evidence::ios_backup_options options;
