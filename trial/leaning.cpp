@@ -77,11 +77,11 @@ QByteArray filled(QByteArray path_part, const result_row &row)
         const bool is_folder = column.endsWith("/..");
         column.chop(is_folder ? 3 : 0);
         const auto cell = row.cells.find(column);
-        QByteArray value = cell == row.cells.end() ? QByteArray("{}") : cell->second;
+        QByteArray value = cell == row.cells.end() ? QByteArray() : cell->second;
         if (is_folder) {
             value.truncate(std::max(value.lastIndexOf('/'), 0));
         }
-        path_part.replace(begin, end - begin + 1, value);
+        path_part.replace(begin, end - begin + 1, value.isEmpty() ? QByteArray("{}") : value);
     }
     return path_part;
 }
