@@ -1,7 +1,7 @@
 /// What the test of mail-extract works on, and how it runs the program.
 #pragma once
 
-#include "tests/services/short_forms.h"
+#include "tests/support/short_forms.h"
 
 #include <QProcess>
 #include <QTemporaryDir>

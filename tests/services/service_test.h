@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/plugin_static_function.h"
-#include "tests/services/short_forms.h"
+#include "tests/support/short_forms.h"
 
 using service = plugin_static_function;
 using text_operation = QString (*)(const QString &);
