@@ -20,6 +20,9 @@ constexpr int largest_small_page = 8192;
 
 constexpr quint32 page_is_root = 0x1;
 constexpr quint32 page_is_leaf = 0x2;
+constexpr quint32 page_is_of_space_tree = 0x20;
+constexpr quint32 page_is_of_index = 0x40;
+constexpr quint32 page_is_of_long_values = 0x80;
 
 constexpr int tag_size = 4;
 constexpr int tag_is_deleted = 0x2;
@@ -71,6 +74,15 @@ quint32 ese_page::next_page() const
 quint32 ese_page::tree() const
 {
     return content.isEmpty() ? 0 : number_at<quint32>(content, tree_offset);
+}
+
+ese_page::content_kind ese_page::kind() const
+{
+    const quint32 flags = content.isEmpty() ? 0 : number_at<quint32>(content, flags_offset);
+    if ((flags & (page_is_of_space_tree | page_is_of_index)) != 0) {
+        return content_kind::other;
+    }
+    return (flags & page_is_of_long_values) != 0 ? content_kind::long_values : content_kind::records;
 }
 
 std::optional<ese_page::tag> ese_page::tag_at(int index) const

@@ -33,6 +33,13 @@ public:
     quint32 next_page() const;
     /// Out: the number of the tree that the page belongs to.
     quint32 tree() const;
+    enum class content_kind
+    {
+        records,
+        long_values,
+        other ///< what the file keeps for itself: free space, indexes
+    };
+    content_kind kind() const;
     /// Out: how many entries the page has.
     int count() const { return entry_count; }
     /// Out: an entry; none when its place lies outside the page.

@@ -23,7 +23,7 @@ ese_table_records::ese_table_records(const ese_file &source, const QByteArray &n
 {
     if (table) {
         const ese_table_layout layout(file.handle(), table_name);
-        may_walk = may_walk_tree(file, layout.record_root());
+        may_walk = may_walk_tree(file, layout.record_root(), ese_page::content_kind::records);
         plan_windows(layout, plan);
     }
 }

@@ -1,7 +1,5 @@
 #include "windows/ese_tree_guard.h"
 
-#include "windows/ese_page.h"
-
 #include <QtEndian>
 
 namespace {
@@ -12,7 +10,10 @@ constexpr int most_turns = 4; // a damaged number may lead to the pages of anoth
 class tree_walk
 {
 public:
-    tree_walk(const ese_file &file, int page_size) : pages(file.bytes(), page_size), view(file.stream().view()) {}
+    tree_walk(const ese_file &file, int page_size, ese_page::content_kind wanted)
+        : pages(file.bytes(), page_size), view(file.stream().view()), content(wanted)
+    {
+    }
 
     bool take_page(quint32 number, int level)
     {
@@ -20,7 +21,9 @@ public:
         if (!page) {
             return true;
         }
-        if (level > most_levels || ++pages_taken > most_turns * pages.count()) {
+        tree = level == 0 ? page->tree() : tree;
+        if (page->tree() != tree || page->kind() != content || level > most_levels ||
+            ++pages_taken > most_turns * pages.count()) {
             return false;
         }
         for (int index = 0; !page->is_leaf() && index < page->count(); ++index) {
@@ -36,15 +39,17 @@ public:
 private:
     ese_page_source pages;
     const ese_root_view &view;
+    const ese_page::content_kind content;
+    quint32 tree = 0;
     qint64 pages_taken = 0;
 };
 
 } // namespace
 
-bool may_walk_tree(const ese_file &file, quint32 root)
+bool may_walk_tree(const ese_file &file, quint32 root, ese_page::content_kind content)
 {
     libesedb_error_t *error = nullptr;
     uint32_t page_size = 0;
     settled(libesedb_file_get_page_size(file.handle(), &page_size, &error), error);
-    return tree_walk(file, static_cast<int>(page_size)).take_page(root, 0);
+    return tree_walk(file, static_cast<int>(page_size), content).take_page(root, 0);
 }

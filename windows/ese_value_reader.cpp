@@ -171,7 +171,8 @@ ese_value ese_value_reader::long_value(libesedb_record_t *record, int value_entr
         settled(libesedb_file_get_page_size(file.handle(), &page_size, &error), error);
         long_values = std::make_unique<ese_long_values>(file.bytes(), static_cast<int>(page_size),
                                                         table_layout().long_value_root());
-        may_ask_for_long_values = may_walk_tree(file, table_layout().long_value_root());
+        may_ask_for_long_values =
+            may_walk_tree(file, table_layout().long_value_root(), ese_page::content_kind::long_values);
     }
     if (const std::optional<QByteArray> bytes = long_values->value(number.bytes)) {
         return {*bytes, true};

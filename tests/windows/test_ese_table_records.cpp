@@ -42,7 +42,7 @@ bool is_branch_below_root(const QByteArray &content, int page)
 }
 
 // The number of a page that an entry leads to are its last four bytes.
-void lead_to_itself(QByteArray &content, int page, int page_size)
+void lead_to(int number, QByteArray &content, int page, int page_size)
 {
     constexpr int header_size = 40;
     constexpr int tag_count_offset = 34;
@@ -50,7 +50,7 @@ void lead_to_itself(QByteArray &content, int page, int page_size)
     for (int tag = 1; tag < tags; ++tag) {
         const char *place = content.constData() + page + page_size - 4 * (tag + 1);
         const int end = (qFromLittleEndian<quint16>(place + 2) & 0x1fff) + (qFromLittleEndian<quint16>(place) & 0x1fff);
-        qToLittleEndian(static_cast<quint32>(page / page_size - 1), content.data() + page + header_size + end - 4);
+        qToLittleEndian(static_cast<quint32>(number), content.data() + page + header_size + end - 4);
     }
 }
 
@@ -97,7 +97,8 @@ class test_ese_table_records : public QObject
 private Q_SLOTS:
     void windows_make_up_the_table_data();
     void windows_make_up_the_table();
-    void circles_of_pages_are_not_walked();
+    void pages_that_are_no_tree_are_not_walked_data();
+    void pages_that_are_no_tree_are_not_walked();
 };
 
 Q_DECLARE_METATYPE(ese_file_options)
@@ -153,9 +154,16 @@ void test_ese_table_records::windows_make_up_the_table()
     }
 }
 
-// The library would follow them until its stack ends.
-void test_ese_table_records::circles_of_pages_are_not_walked()
+void test_ese_table_records::pages_that_are_no_tree_are_not_walked_data()
 {
+    QTest::addColumn<int>("page_led_to"); // 0: that which leads
+    QTest::newRow("a circle: the library would follow it until its stack ends") << 0;
+    QTest::newRow("the catalog: the library would take it for records of the table") << 4;
+}
+
+void test_ese_table_records::pages_that_are_no_tree_are_not_walked()
+{
+    QFETCH(int, page_led_to);
     constexpr ese_file_options options{4096, 0x11};
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("store.vol"));
@@ -166,7 +174,8 @@ void test_ese_table_records::circles_of_pages_are_not_walked()
     int changed = 0;
     for (int page = 2 * options.page_size; page < content.size(); page += options.page_size) {
         if (is_branch_below_root(content, page)) {
-            lead_to_itself(content, page, options.page_size);
+            const int own_number = page / options.page_size - 1;
+            lead_to(page_led_to == 0 ? own_number : page_led_to, content, page, options.page_size);
             ++changed;
         }
     }
@@ -176,7 +185,8 @@ void test_ese_table_records::circles_of_pages_are_not_walked()
     ese_file file;
     libesedb_error_t *error = nullptr;
     QVERIFY(file.open(path, error) == ese_file::opening::done);
-    QVERIFY(!may_walk_tree(file, ese_table_layout(file.handle(), table_name).record_root()));
+    QVERIFY(!may_walk_tree(file, ese_table_layout(file.handle(), table_name).record_root(),
+                           ese_page::content_kind::records));
     const ese_table_handle table = table_of(file.handle());
     ese_table_records records(file, table_name, table.get());
     int count = 0;
