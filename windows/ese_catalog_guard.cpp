@@ -4,6 +4,7 @@
 
 #include <QtEndian>
 
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -13,6 +14,7 @@ namespace {
 constexpr off64_t page_size_offset = 236;    // in the head of the file
 constexpr int page_size_of_old_files = 4096; // whose head names none
 constexpr quint32 catalog_root = 4;
+constexpr char catalog_name[] = "MSysObjects";
 constexpr int most_levels = 8;
 
 // A record of the catalog: its header and the fixed columns that the library reads without a look at its size.
@@ -30,6 +32,7 @@ constexpr quint16 value_is_absent = 0x8000;
 
 constexpr quint16 kind_is_table = 1;
 constexpr quint16 kind_is_column = 2;
+constexpr quint16 kind_is_long_value = 4;
 constexpr quint16 last_kind = 5; // the library skips those behind it
 constexpr quint32 last_tagged_column = 0xffff;
 
@@ -41,6 +44,7 @@ struct table_entry
 {
     quint32 tree = 0;
     quint32 root_page = 0;
+    quint32 long_value_root = 0;
     quint32 last_column = 0;
     QByteArray name;
     QByteArray template_name;
@@ -81,6 +85,7 @@ public:
     bool take_page(quint32 number, int level);
 
     std::vector<table_entry> tables;
+    int records_taken = 0;
 
 private:
     bool take_record(const ese_page_entry &record);
@@ -118,6 +123,7 @@ bool catalog_walk::take_page(quint32 number, int level)
 // A table's record stands in front of those that belong to it.
 bool catalog_walk::take_record(const ese_page_entry &record)
 {
+    ++records_taken;
     if (record.size < least_record_size || static_cast<unsigned char>(record.data[0]) < least_fixed_columns) {
         return false;
     }
@@ -136,7 +142,15 @@ bool catalog_walk::take_record(const ese_page_entry &record)
     if (kind == 0 || kind > last_kind) {
         return true;
     }
-    return !tables.empty() && tables.back().tree == table && (kind != kind_is_column || take_column(record));
+    if (tables.empty() || tables.back().tree != table) {
+        return false;
+    }
+    if (kind == kind_is_long_value) {
+        const quint32 known =
+            std::exchange(tables.back().long_value_root, number_at<quint32>(record, type_or_page_offset));
+        return known == 0; // a table has one such tree
+    }
+    return kind != kind_is_column || take_column(record);
 }
 
 bool catalog_walk::take_column(const ese_page_entry &record)
@@ -194,10 +208,17 @@ ese_catalog_guard::ese_catalog_guard(const file_descriptor &file)
     if (!walk.take_page(catalog_root, 0)) {
         return;
     }
+    records_taken = walk.records_taken;
     QHash<QByteArray, const ese_record_layout *> by_name;
     for (const table_entry &table : walk.tables) {
         const ese_record_layout *&known = by_name[table.name]; // of the first one, as the library has it
         known = known ? known : &table.layout;
+        if (!roots_by_name.contains(table.name)) {
+            roots_by_name.insert(table.name, {table.root_page, table.long_value_root});
+        }
+        if (table.name == catalog_name && table.root_page != catalog_root) {
+            return; // the library would read another tree for it
+        }
     }
     for (const table_entry &table : walk.tables) {
         if (layouts.contains(table.tree)) {

@@ -305,7 +305,7 @@ ese_root_view::ese_root_view(const ese_root_view &whole, const ese_root_window &
 
 std::optional<ese_root_view::root_shape> ese_root_view::shape_of(quint32 root) const
 {
-    if (page_size == 0 || root > page_count) {
+    if (page_size == 0 || root == 0 || root > page_count) {
         return std::nullopt;
     }
     const QByteArray page = page_at(root);

@@ -35,6 +35,7 @@ public:
     /// Out: whether this library can read through a descriptor at all.
     bool is_offered() const { return handle != nullptr; }
     const ese_root_view &view() const { return stream.view; }
+    const ese_catalog_guard &catalog() const { return stream.catalog; }
 
 private:
     void make_handle();

@@ -118,12 +118,10 @@ const catalog_record *table_record(const std::vector<catalog_record> &records, c
 ese_table_layout::ese_table_layout(libesedb_file_t *file, const QByteArray &table_name)
 {
     const std::vector<catalog_record> records = read_catalog(file);
-    catalog_record_count = static_cast<int>(records.size());
     const catalog_record *table = table_record(records, table_name);
     if (!table) {
         return;
     }
-    record_root_page = table->type_or_page;
     const catalog_record *model =
         table->template_name.isEmpty() ? nullptr : table_record(records, table->template_name);
     for (const catalog_record &record : records) {
@@ -133,7 +131,7 @@ ese_table_layout::ese_table_layout(libesedb_file_t *file, const QByteArray &tabl
         if (record.kind == kind_is_column) {
             codepages.insert(record.name, record.codepage);
         } else if (record.kind == kind_is_long_value && record.table_id == table->table_id) {
-            long_value_root_page = record.type_or_page;
+            root_page = record.type_or_page;
         }
     }
 }

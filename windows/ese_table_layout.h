@@ -1,5 +1,5 @@
 /// What the catalog of an ESE file tells of one table and the library does not hand out: the codepages of its columns
-/// and the roots of its trees.
+/// and the root of its tree of long values.
 #pragma once
 
 #include "windows/ese_handles.h"
@@ -17,15 +17,9 @@ public:
     /// In: a column's name. Out: the number of its codepage; 0 for none known.
     quint32 codepage(const QByteArray &column_name) const { return codepages.value(column_name, 0); }
     /// Out: the page of the root; 0 for a table without long values.
-    quint32 long_value_root() const { return long_value_root_page; }
-    /// Out: the page of the root of the records; 0 for a table that the catalog does not name.
-    quint32 record_root() const { return record_root_page; }
-    /// Out: how many records the catalog has, those of all tables and columns.
-    int catalog_size() const { return catalog_record_count; }
+    quint32 long_value_root() const { return root_page; }
 
 private:
     QHash<QByteArray, quint32> codepages;
-    quint32 long_value_root_page = 0;
-    quint32 record_root_page = 0;
-    int catalog_record_count = 0;
+    quint32 root_page = 0;
 };

@@ -1,6 +1,5 @@
 #include "windows/ese_table_records.h"
 
-#include "windows/ese_table_layout.h"
 #include "windows/ese_tree_guard.h"
 
 #include <algorithm>
@@ -22,23 +21,22 @@ ese_table_records::ese_table_records(const ese_file &source, const QByteArray &n
     : file(source), table_name(name), table(handle)
 {
     if (table) {
-        const ese_table_layout layout(file.handle(), table_name);
-        may_walk = may_walk_tree(file, layout.record_root(), ese_page::content_kind::records);
-        plan_windows(layout, plan);
+        const quint32 root = file.stream().catalog().roots(table_name).records;
+        may_walk = may_walk_tree(file, root, ese_page::content_kind::records);
+        plan_windows(root, plan);
     }
 }
 
 ese_table_records::~ese_table_records() = default;
 
-void ese_table_records::plan_windows(const ese_table_layout &layout, const window_plan &plan)
+void ese_table_records::plan_windows(quint32 root, const window_plan &plan)
 {
     constexpr int most_catalog_records = 1000000; // read by all windows together
-    const quint32 root = layout.record_root();
     const auto shape = file.stream().view().shape_of(root);
     if (!shape || !file.stream().is_offered()) {
         return;
     }
-    const int affordable = most_catalog_records / std::max(1, layout.catalog_size());
+    const int affordable = most_catalog_records / std::max(1, file.stream().catalog().record_count());
     const int worthwhile = shape->leads_to_leaves ? shape->child_count / plan.least_leaves : shape->child_count;
     const int count = std::min({worthwhile, plan.most_windows, affordable});
     for (int i = 0; count > 1 && i < count; ++i) {

@@ -10,8 +10,6 @@
 #include <memory>
 #include <vector>
 
-class ese_table_layout;
-
 class ese_table_records
 {
 public:
@@ -44,13 +42,13 @@ private:
     };
     struct open_window;
 
-    void plan_windows(const ese_table_layout &layout, const window_plan &plan);
+    void plan_windows(quint32 root, const window_plan &plan);
     libesedb_table_t *enter(size_t index, libesedb_error_t **error);
 
     const ese_file &file;
     const QByteArray table_name;
     libesedb_table_t *const table;
-    bool may_walk = true;
+    bool may_walk = true;        // also for a null table: the library refuses that itself
     std::vector<window> windows; // none: the table is read whole
     std::unique_ptr<open_window> current;
 };

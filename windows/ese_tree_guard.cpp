@@ -51,5 +51,5 @@ bool may_walk_tree(const ese_file &file, quint32 root, ese_page::content_kind co
     libesedb_error_t *error = nullptr;
     uint32_t page_size = 0;
     settled(libesedb_file_get_page_size(file.handle(), &page_size, &error), error);
-    return tree_walk(file, static_cast<int>(page_size), content).take_page(root, 0);
+    return root != 0 && tree_walk(file, static_cast<int>(page_size), content).take_page(root, 0);
 }

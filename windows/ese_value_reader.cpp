@@ -171,14 +171,14 @@ ese_value ese_value_reader::long_value(libesedb_record_t *record, int value_entr
         settled(libesedb_file_get_page_size(file.handle(), &page_size, &error), error);
         long_values = std::make_unique<ese_long_values>(file.bytes(), static_cast<int>(page_size),
                                                         table_layout().long_value_root());
-        may_ask_for_long_values =
-            may_walk_tree(file, table_layout().long_value_root(), ese_page::content_kind::long_values);
+        const ese_table_roots roots = file.stream().catalog().roots(table_name.toLocal8Bit());
+        may_ask_library = may_walk_tree(file, roots.long_values, ese_page::content_kind::long_values);
     }
     if (const std::optional<QByteArray> bytes = long_values->value(number.bytes)) {
         return {*bytes, true};
     }
     libesedb_long_value_t *handle = nullptr;
-    if (may_ask_for_long_values) {
+    if (may_ask_library) {
         settled(libesedb_record_get_long_value(record, value_entry, &handle, &error), error);
     }
     const ese_long_value_handle value(handle);

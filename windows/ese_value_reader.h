@@ -121,5 +121,5 @@ private:
     std::vector<column> columns; // by value entry
     std::unique_ptr<ese_table_layout> layout;
     std::unique_ptr<ese_long_values> long_values;
-    bool may_ask_for_long_values = false; ///< the library
+    bool may_ask_library = false; // for a long value
 };

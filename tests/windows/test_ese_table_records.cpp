@@ -1,6 +1,5 @@
 // Reading a table window by window: records, order and number are those of the whole table.
 #include "evidence/ese_file.h"
-#include "windows/ese_table_layout.h"
 #include "windows/ese_table_records.h"
 #include "windows/ese_tree_guard.h"
 
@@ -124,7 +123,7 @@ void test_ese_table_records::windows_make_up_the_table()
     ese_file file;
     libesedb_error_t *error = nullptr;
     QVERIFY(file.open(path, error) == ese_file::opening::done);
-    const quint32 root = ese_table_layout(file.handle(), table_name).record_root();
+    const quint32 root = file.stream().catalog().roots(table_name).records;
     const auto shape = file.stream().view().shape_of(root);
     QVERIFY(shape && shape->child_count > 1);
     int sum = 0;
@@ -157,20 +156,23 @@ void test_ese_table_records::windows_make_up_the_table()
 void test_ese_table_records::pages_that_are_no_tree_are_not_walked_data()
 {
     QTest::addColumn<int>("page_led_to"); // 0: that which leads
-    QTest::newRow("a circle: the library would follow it until its stack ends") << 0;
-    QTest::newRow("the catalog: the library would take it for records of the table") << 4;
+    QTest::addColumn<QByteArray>("catalog_name");
+    QTest::newRow("a circle: the library would follow it until its stack ends") << 0 << QByteArray("MSysObjects");
+    QTest::newRow("a circle, and a catalog that does not name itself") << 0 << QByteArray("MSysNothing");
+    QTest::newRow("the catalog: the library would take it for records of the table") << 4 << QByteArray("MSysObjects");
 }
 
 void test_ese_table_records::pages_that_are_no_tree_are_not_walked()
 {
     QFETCH(int, page_led_to);
+    QFETCH(QByteArray, catalog_name);
     constexpr ese_file_options options{4096, 0x11};
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("store.vol"));
     write_records(path, options, options.page_size / 9);
     QFile stored(path);
     QVERIFY(stored.open(QIODevice::ReadWrite));
-    QByteArray content = stored.readAll();
+    QByteArray content = stored.readAll().replace("MSysObjects", catalog_name);
     int changed = 0;
     for (int page = 2 * options.page_size; page < content.size(); page += options.page_size) {
         if (is_branch_below_root(content, page)) {
@@ -185,8 +187,7 @@ void test_ese_table_records::pages_that_are_no_tree_are_not_walked()
     ese_file file;
     libesedb_error_t *error = nullptr;
     QVERIFY(file.open(path, error) == ese_file::opening::done);
-    QVERIFY(!may_walk_tree(file, ese_table_layout(file.handle(), table_name).record_root(),
-                           ese_page::content_kind::records));
+    QVERIFY(!may_walk_tree(file, file.stream().catalog().roots(table_name).records, ese_page::content_kind::records));
     const ese_table_handle table = table_of(file.handle());
     ese_table_records records(file, table_name, table.get());
     int count = 0;
