@@ -1,6 +1,7 @@
 #include "core/extractor_frame.h"
 
 #include "core/operation_log.h"
+#include "core/unreadable_sources.h"
 
 #include <new>
 #include <utility>
@@ -64,13 +65,14 @@ void extractor_frame::count_row()
 {
     ++record_count_qint64;
     if (signal_timer_QElapsedTimer->elapsed() >= signal_interval_ms) {
-        report_records();
+        signal_extracted_records(record_count_qint64);
         signal_timer_QElapsedTimer->restart();
     }
 }
 
 void extractor_frame::report_records()
 {
+    tell_unreadable_sources_anew(); // what the next operation cannot read is its failure, too
     signal_extracted_records(record_count_qint64);
 }
 

@@ -3,11 +3,11 @@
 #include "core/mail.h"
 
 #include "core/operation_log.h"
+#include "core/unreadable_sources.h"
 #include "ios/mail_ios_uid.h"
 #include "ios/mail_ios_uniform.h"
 #include "macos/mail_macos.h"
 #include "services/plugin_helper_functions.h"
-#include "services/unreadable_sources.h"
 #include "ui_mail.h"
 #include "windows/mail_winos.h"
 
@@ -264,7 +264,6 @@ void mail::slot_extracted_records_of_plugin(qint64 rec)
 
 void mail::slot_total_tabs_processed(int tab_count)
 {
-    tell_unreadable_sources_to(log_unreadable_source); // the next tab is told anew of what it needs
     tab_processed_count_int = tab_count;
     Q_EMIT signal_tab_processed_of_plugin_overall(tab_processed_count_int);
 }

@@ -8,6 +8,7 @@
 #include "host/result_database.h"
 #include "host/run_request.h"
 #include "host/terminal.h"
+#include "host/unreadable_files.h"
 
 #include <QFileInfo>
 
@@ -115,11 +116,12 @@ void print_failures(const log_failures &failures, const QString &log_file)
 
 void print_unreadable(const QStringList &files)
 {
-    if (!files.isEmpty()) {
-        print_line(QStringLiteral("Files of the backup that cannot be read: %1").arg(files.size()));
-        for (const QString &file : files.mid(0, failures_shown)) {
-            print_line(QStringLiteral("  ") + escaped_for_terminal(file));
-        }
+    if (files.isEmpty()) {
+        return;
+    }
+    print_line(QStringLiteral("Parts of the source that cannot be read: %1").arg(files.size()));
+    for (const QString &file : files) { // they stand nowhere else
+        print_line(QStringLiteral("  ") + escaped_for_terminal(file));
     }
 }
 
@@ -179,6 +181,7 @@ bool print_result(const run_request &request, qint64 rows_before)
 
 int command_run(const QStringList &arguments)
 {
+    listen_for_unreadable_files();
     const run_request request = checked_run_request(arguments);
     const qint64 rows_before = count_rows_before(request);
     const std::unique_ptr<mail> plugin = load_plugin(request.plugin_file);
@@ -192,8 +195,8 @@ int command_run(const QStringList &arguments)
     const bool has_result = print_result(request, rows_before);
     const log_failures failures = failures_of(request, log_begin);
     print_failures(failures, request.places.log_file);
-    print_unreadable(outcome.unreadable_files);
-    print_incomplete_tables(failures, !outcome.unreadable_files.isEmpty());
+    print_unreadable(unreadable_files());
+    print_incomplete_tables(failures, !unreadable_files().isEmpty());
     print_line(QStringLiteral("Result database: %1")
                    .arg(escaped_for_terminal(result_database_path(request.places.result_directory))));
     print_line(QStringLiteral("Log: %1").arg(escaped_for_terminal(request.places.log_file)));
@@ -204,6 +207,6 @@ int command_run(const QStringList &arguments)
     if (outcome.interrupted) {
         return exit_interrupted;
     }
-    const bool is_whole = failures.count == 0 && outcome.unreadable_files.isEmpty() && has_result;
+    const bool is_whole = failures.count == 0 && unreadable_files().isEmpty() && has_result;
     return is_whole ? exit_done : exit_done_with_failures;
 }

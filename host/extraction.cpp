@@ -3,7 +3,6 @@
 #include "host/interrupt_watcher.h"
 #include "host/ios_backup.h"
 #include "host/progress_display.h"
-#include "services/unreadable_sources.h"
 
 #include <QElapsedTimer>
 
@@ -32,27 +31,6 @@ void describe_source(mail &plugin, const run_request &request)
     plugin.pub_set_extended_attributes_list(request.attributes);
 }
 
-// What cannot be read while files of a backup are looked for, as long as it is in scope.
-class unreadable_file_list
-{
-public:
-    unreadable_file_list()
-    {
-        files().clear();
-        tell_unreadable_sources_to(
-            [](const QString &path, const QString &error) { files() += QStringLiteral("%1: %2").arg(path, error); });
-    }
-    ~unreadable_file_list() { tell_unreadable_sources_to(nullptr); }
-    unreadable_file_list(const unreadable_file_list &) = delete;
-    unreadable_file_list &operator=(const unreadable_file_list &) = delete;
-
-    static QStringList &files()
-    {
-        static QStringList list;
-        return list;
-    }
-};
-
 // Out: null for a source that is no backup.
 std::unique_ptr<ios_backup> open_backup(const run_request &request, const interrupt_watcher &watcher)
 {
@@ -80,7 +58,6 @@ extraction_outcome extract(mail &plugin, const run_request &request)
     const interrupt_watcher watcher(plugin);
     plugin.pub_set_general_info(general_info_of(request));
     describe_source(plugin, request);
-    const unreadable_file_list unreadable;
     const std::unique_ptr<ios_backup> backup = open_backup(request, watcher);
     plugin.pub_set_ios_uid_backup_pointer(backup.get());
     prepare_results(plugin, request);
@@ -97,5 +74,5 @@ extraction_outcome extract(mail &plugin, const run_request &request)
     progress.finish();
     plugin.pub_generate_chat_html_pages();
     plugin.pub_remove_temporary_asthetics();
-    return {interrupted, static_cast<double>(timer.elapsed()) / 1000.0, unreadable.files()};
+    return {interrupted, static_cast<double>(timer.elapsed()) / 1000.0};
 }

@@ -8,7 +8,6 @@ struct extraction_outcome
 {
     bool interrupted = false;
     double seconds = 0.0;
-    QStringList unreadable_files; ///< of a backup, each with the reason: the plug-in was not told of them
 };
 
 /// Drives a fresh plug-in object through the whole run; the places of the request exist. Shows progress meanwhile and

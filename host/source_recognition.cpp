@@ -2,6 +2,7 @@
 
 #include "host/command_line.h"
 #include "host/ios_backup.h"
+#include "host/unreadable_files.h"
 #include "services/source_files.h"
 
 #include <QFile>
@@ -98,6 +99,13 @@ bool looks_like_root(const QString &root, const scheme_entry &scheme)
            (belongs_to(backup_scheme, scheme) && has_backup_files(root));
 }
 
+// A folder that may not be looked into is told.
+bool is_folder(const QString &path)
+{
+    status_of(path);
+    return QFileInfo(path).isDir();
+}
+
 // Every home of a scheme has the folder that its marks begin with; "Shared" and the like have not.
 QStringList home_folders_below(const QString &root, const scheme_entry &scheme)
 {
@@ -106,7 +114,7 @@ QStringList home_folders_below(const QString &root, const scheme_entry &scheme)
         const bool is_home = std::any_of(std::begin(home_marks), std::end(home_marks), [&](const home_mark &mark) {
             const QString top = QString::fromLatin1(mark.path).section(QLatin1Char('/'), 0, 0);
             return belongs_to(mark.scheme, scheme) &&
-                   QFileInfo(root + QStringLiteral("Users/") + name + QLatin1Char('/') + top).isDir();
+                   is_folder(root + QStringLiteral("Users/") + name + QLatin1Char('/') + top);
         });
         if (is_home) {
             names += name;
@@ -133,9 +141,12 @@ const scheme_entry &only_scheme(const QString &source, bool is_home)
         }
     }
     if (fitting.empty()) {
-        throw unusable_input{QStringLiteral("\"%1\" is not recognised as a source of mail data: give its root folder, "
-                                            "or say what it is with --scheme %2")
-                                 .arg(source, scheme_names().join(QLatin1Char('|')))};
+        const QString unread = unreadable_files().join(QLatin1String("; "));
+        throw unusable_input{
+            QStringLiteral("\"%1\" is not recognised as a source of mail data: give its root folder, "
+                           "or say what it is with --scheme %2%3")
+                .arg(source, scheme_names().join(QLatin1Char('|')),
+                     unread.isEmpty() ? QString() : QStringLiteral(" (not readable: %1)").arg(unread))};
     }
     if (fitting.size() > 1) {
         throw unusable_input{QStringLiteral("\"%1\" looks like a source of several schemes: choose with --scheme %2")

@@ -1,7 +1,7 @@
 #include "services/file_metadata_store.h"
 
 #include "services/source_files.h"
-#include "services/unreadable_sources.h"
+#include "core/unreadable_sources.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -34,7 +34,7 @@ std::optional<QByteArray> extended_attribute_names(const QByteArray &path)
         size = ::listxattr(path.constData(), names.data(), static_cast<size_t>(names.size()));
     }
     if (size < 0) {
-        note_unreadable_source(path, errno); // or the file system holds none
+        note_unreadable_source(path, errno, source_access::attributes);
         return QFileInfo::exists(QFile::decodeName(path)) ? std::make_optional(QByteArray()) : std::nullopt;
     }
     names.truncate(static_cast<int>(size));
@@ -45,7 +45,7 @@ QByteArray extended_attribute(const QByteArray &path, const QByteArray &name)
 {
     const ssize_t size = ::getxattr(path.constData(), name.constData(), nullptr, 0);
     if (size < 0) {
-        note_unreadable_source(path, errno);
+        note_unreadable_source(path, errno, source_access::attributes);
         return QByteArray();
     }
     QByteArray value(static_cast<int>(size), Qt::Uninitialized);

@@ -1,6 +1,6 @@
 #include "services/source_files.h"
 
-#include "services/unreadable_sources.h"
+#include "core/unreadable_sources.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -38,7 +38,7 @@ file_descriptor open_read_only(const QByteArray &path, int flags)
         descriptor = ::open(path.constData(), wanted);
     }
     if (descriptor < 0) {
-        note_unreadable_source(path, errno);
+        note_unreadable_source(path, errno, source_access::open);
     }
     return file_descriptor(descriptor);
 }
@@ -87,9 +87,9 @@ bool copy_content(const file_descriptor &source, const file_descriptor &copy, co
 }
 
 // Out: the path of an open file, all links followed; empty where the kernel does not tell it.
-QByteArray path_of(const file_descriptor &file)
+QByteArray path_of(int descriptor)
 {
-    const QByteArray link = "/proc/self/fd/" + QByteArray::number(file.get());
+    const QByteArray link = "/proc/self/fd/" + QByteArray::number(descriptor);
     QByteArray target(PATH_MAX, Qt::Uninitialized);
     const ssize_t length = ::readlink(link.constData(), target.data(), static_cast<std::size_t>(target.size()));
     return length > 0 && target.at(0) == '/' ? target.left(static_cast<int>(length)) : QByteArray();
@@ -103,15 +103,25 @@ QByteArray canonical_path(const QString &path)
     const QByteArray name = encoded(path);
     const file_descriptor file(::open(name.constData(), O_PATH | O_CLOEXEC));
     if (!file.is_open()) {
-        note_unreadable_source(name, errno);
+        note_unreadable_source(name, errno, source_access::look_up);
         return QByteArray();
     }
-    const QByteArray target = path_of(file);
+    const QByteArray target = path_of(file.get());
     if (!target.isEmpty()) {
         return target;
     }
 #endif
     return encoded(QFileInfo(path).canonicalFilePath());
+}
+
+// In and out: what a reading call gave.
+ssize_t noted(ssize_t count, int descriptor)
+{
+    if (count < 0) {
+        const int error = errno;
+        note_unreadable_source(path_of(descriptor), error, source_access::read);
+    }
+    return count;
 }
 
 struct folder_closer
@@ -181,7 +191,7 @@ file_status status_of(const QString &path)
     struct statx status = {};
     const QByteArray name = encoded(path);
     if (::statx(AT_FDCWD, name.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
-        note_unreadable_source(name, errno);
+        note_unreadable_source(name, errno, source_access::look_up);
         return found;
     }
     if (status.stx_mask & STATX_BTIME) { // cut towards zero
@@ -209,11 +219,16 @@ qint64 read_block(const file_descriptor &file, char *data, std::size_t size)
     do {
         count = ::read(file.get(), data, size);
     } while (count < 0 && errno == EINTR);
-    if (count < 0) {
-        const int error = errno;
-        note_unreadable_source(path_of(file), error);
-    }
-    return count;
+    return noted(count, file.get());
+}
+
+qint64 read_at(int descriptor, void *data, std::size_t size, qint64 place)
+{
+    ssize_t count = 0;
+    do {
+        count = ::pread(descriptor, data, size, place);
+    } while (count < 0 && errno == EINTR);
+    return noted(count, descriptor);
 }
 
 QByteArray read_bytes(const file_descriptor &file, qint64 size)
@@ -347,7 +362,7 @@ bool folder_walk::open_level(const QByteArray &relative_path, links policy)
         errno = 0;
     }
     if (errno != 0) {
-        note_unreadable_source(path, errno);
+        note_unreadable_source(path, errno, source_access::read);
     }
     levels.push_back(std::move(opened));
     return true;

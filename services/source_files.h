@@ -60,6 +60,9 @@ file_status status_of(const QString &path);
 /// Reads the next bytes of an open file. Out: how many; 0 at the end, -1 for an error.
 qint64 read_block(const file_descriptor &file, char *data, std::size_t size);
 
+/// Reads bytes of an open file from a place in it. Out: how many, fewer at the end; -1 for an error.
+qint64 read_at(int descriptor, void *data, std::size_t size, qint64 place);
+
 /// Reads as many of the next bytes of an open file as there are, up to the size. Out: null for an error.
 QByteArray read_bytes(const file_descriptor &file, qint64 size);
 

@@ -192,7 +192,7 @@ ese_record_layout layout_after(const ese_record_layout &model, ese_record_layout
 int page_size_of(const file_descriptor &file)
 {
     quint32 stored = 0;
-    if (!file.is_open() || ::pread(file.get(), &stored, sizeof(stored), page_size_offset) != sizeof(stored)) {
+    if (!file.is_open() || read_at(file.get(), &stored, sizeof(stored), page_size_offset) != qint64{sizeof(stored)}) {
         return -1;
     }
     const quint32 size = qFromLittleEndian(stored);

@@ -151,7 +151,7 @@ std::optional<ese_page> ese_page_source::page(quint32 number)
     kept_page &slot = kept[number % kept.size()];
     if (slot.number != number) {
         QByteArray content(page_size, Qt::Uninitialized);
-        if (::pread(file.get(), content.data(), static_cast<std::size_t>(page_size), place * page_size) != page_size) {
+        if (read_at(file.get(), content.data(), static_cast<std::size_t>(page_size), place * page_size) != page_size) {
             return std::nullopt;
         }
         slot = {number, content};

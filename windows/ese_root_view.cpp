@@ -1,5 +1,7 @@
 #include "windows/ese_root_view.h"
 
+#include "services/source_files.h"
+
 #include <QtEndian>
 
 #include <algorithm>
@@ -229,7 +231,7 @@ ese_root_view::ese_root_view(int file) : descriptor(file)
 {
     quint32 stored = 0;
     struct stat status = {};
-    if (::pread(descriptor, &stored, sizeof(stored), page_size_offset) != sizeof(stored) ||
+    if (read_at(descriptor, &stored, sizeof(stored), page_size_offset) != qint64{sizeof(stored)} ||
         ::fstat(descriptor, &status) != 0) {
         return;
     }
@@ -275,7 +277,7 @@ ssize_t ese_root_view::read(char *buffer, size_t size, off64_t place) const
             return page_size;
         }
     }
-    const ssize_t count = ::pread(descriptor, buffer, size, place);
+    const ssize_t count = read_at(descriptor, buffer, size, place);
     if (is_page && count == page_size) {
         const auto page = QByteArray::fromRawData(buffer, static_cast<int>(size));
         if (const std::optional<sound_root> sound = sound_root_in(page, static_cast<quint32>(number))) {
@@ -292,7 +294,7 @@ QByteArray ese_root_view::page_at(quint32 number) const
 {
     QByteArray page(static_cast<int>(page_size), '\0');
     const off64_t place = (off64_t{number} + 1) * page_size;
-    if (::pread(descriptor, page.data(), static_cast<size_t>(page_size), place) != page_size) {
+    if (read_at(descriptor, page.data(), static_cast<size_t>(page_size), place) != page_size) {
         page.fill('\0');
     }
     return page;

@@ -96,7 +96,7 @@ bool has_tagged_index(int descriptor)
     constexpr off64_t revision_offset = 232; // in the head of the file
     constexpr quint32 first_with_index = 3;
     quint32 stored = 0;
-    return ::pread(descriptor, &stored, sizeof(stored), revision_offset) != sizeof(stored) ||
+    return read_at(descriptor, &stored, sizeof(stored), revision_offset) != qint64{sizeof(stored)} ||
            qFromLittleEndian(stored) >= first_with_index;
 }
 

@@ -64,7 +64,7 @@ void ese_value_reader::log_unread(const char *what, const QString &column_name) 
     if (!plugin_static_function::is_debug_on()) {
         return;
     }
-    const QString place = QStringLiteral("%1 not readable: file %2, table %3, record %4");
+    const QString place = QStringLiteral("%1 not readable ----FAILED----: file %2, table %3, record %4");
     QString text = QLatin1Char('[') + QLatin1String(operation) + QLatin1String("] ") +
                    place.arg(QLatin1String(what), file.path(), table_name, QString::number(record_index_int));
     if (!column_name.isNull()) {

@@ -78,6 +78,9 @@ void mail_store_table::count_records()
 {
     if (settled(records.count(&record_count_int, &error), error) == -1) {
         log("[container_func]  unable to retrieve total number of records in table : \n");
+        if (table) { // a database without it lacks nothing
+            values.log_unread("number of records");
+        }
     }
     log("[container_func]number of records inside table: ", QString::number(record_count_int));
     log("[container_func] \n");
@@ -133,14 +136,15 @@ void mail_store_table::log_column(const column &column) const
 mail_store_table::outcome mail_store_table::read(int position, mail_store_record &record)
 {
     log("[container_func] ---- start of new record ----");
+    values.enter_record(position);
     libesedb_record_t *fetched = nullptr;
     const int result = settled(records.get(position, &fetched, &error), error);
     const ese_record_handle stored(fetched);
     if (result != 1) {
         log("[container_func]Unable to retrieve record: 0.\n");
+        values.log_unread("record");
         return outcome::not_fetched;
     }
-    values.enter_record(position);
     for (int entry = 0; entry < static_cast<int>(columns.size()); ++entry) {
         if (is_cancelled) {
             return outcome::cancelled;

@@ -105,6 +105,7 @@ int specific_table::parse_file(const QString &file_path, const QString &table_na
     libesedb_error_t *error = nullptr;
     ese_file file;
     if (file.open(file_path, error) != ese_file::opening::done) {
+        reading_log("[record_type_case] store not readable ----FAILED----: file ", file_path);
         return -1;
     }
     walk = std::make_unique<table_walk>(file, table_name);

@@ -238,7 +238,7 @@ void test_ese_values::logs_what_a_damaged_page_took()
     QCOMPARE(read.records.at(1), (QByteArrayList{"1", ""}));
     QCOMPARE(read.records.at(3), (QByteArrayList{"3", QByteArray("44").repeated(30000)}));
     const QByteArray lines = content_of(info.debug_file_path_QString);
-    QVERIFY2(lines.contains("[record_type_case] value not readable: file " + path.toUtf8() +
+    QVERIFY2(lines.contains("[record_type_case] value not readable ----FAILED----: file " + path.toUtf8() +
                             ", table Values, record 1, column body"),
              lines.constData());
 }
