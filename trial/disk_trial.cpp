@@ -68,15 +68,43 @@ QByteArray closing_table(const QByteArray &output)
     return begin < 0 ? QByteArray() : output.mid(begin, output.indexOf("\n\n", begin) - begin);
 }
 
+// Out: the line that names the tables that may lack rows; empty when there is none.
+QByteArray incomplete_line(const QByteArray &output)
+{
+    const int begin = output.indexOf("\nIncomplete: ");
+    return begin < 0 ? QByteArray() : output.mid(begin + 1, output.indexOf('\n', begin + 1) - begin - 1);
+}
+
+// Out: the tables of the whole closing table that have other numbers of rows in this one, and are not named in the
+// line.
+QByteArrayList untold_tables(const QByteArray &table, const QByteArray &whole_table, const QByteArray &line)
+{
+    QByteArrayList untold;
+    const QByteArrayList rows = table.split('\n');
+    for (const QByteArray &whole_row : whole_table.split('\n')) {
+        const QByteArray name = whole_row.simplified().split(' ').first();
+        const bool is_told = name == "all" || line.contains("every table") ||
+                             line.mid(line.indexOf(':') + 1).replace(',', ' ').simplified().split(' ').contains(name);
+        if (!rows.contains(whole_row) && !is_told) {
+            untold += name;
+        }
+    }
+    return untold;
+}
+
 QString finding_of(const child_outcome &outcome, const QByteArray &whole_table)
 {
     const QString fault = outcome.fault();
     QString finding = fault;
     if (fault.isEmpty() && outcome.exit_code == 0 && closing_table(outcome.output) != whole_table) {
         finding = QStringLiteral("it calls itself done, and has not all rows");
-    } else if (fault.isEmpty() && outcome.exit_code == 1 && closing_table(outcome.output) != whole_table &&
-               !outcome.output.contains("\nIncomplete: ")) {
-        finding = QStringLiteral("it does not say which tables lack rows");
+    } else if (fault.isEmpty() && outcome.exit_code == 1) {
+        const QByteArrayList untold =
+            untold_tables(closing_table(outcome.output), whole_table, incomplete_line(outcome.output));
+        if (!untold.isEmpty()) {
+            finding =
+                QStringLiteral("it does not say that rows are missing in ") + QString::fromUtf8(untold.join(", "));
+        }
     } else if (fault.isEmpty() && (outcome.exit_code < 0 || outcome.exit_code > 2)) {
         finding = QStringLiteral("it ended with exit code %1").arg(outcome.exit_code);
     }
