@@ -64,6 +64,13 @@ QString days_of(const picture &shown)
         .arg(QLatin1String(shown.column), QLatin1String(shown.table));
 }
 
+// Out: how many rows of the picture's table are not among those drawn.
+qint64 rows_without_value(const result_database &database, const picture &shown, qint64 drawn)
+{
+    QSqlQuery query = database.select(QStringLiteral("SELECT count(*) FROM \"%1\"").arg(QLatin1String(shown.table)));
+    return query.next() ? query.value(0).toLongLong() - drawn : 0;
+}
+
 // Out: empty where no row has a time.
 QJsonObject time_picture(const result_database &database, const picture &shown)
 {
@@ -78,13 +85,16 @@ QJsonObject time_picture(const result_database &database, const picture &shown)
         database.select(QStringLiteral("SELECT %1 + (day - %1) / %2 * %2 AS begin, count(*) FROM (%3) GROUP BY begin")
                             .arg(QString::number(first), QString::number(step), days_of(shown)));
     QJsonArray days;
+    qint64 drawn = 0;
     while (query.next()) {
+        drawn += query.value(1).toLongLong();
         days.append(QJsonArray{query.value(0).toLongLong(), query.value(1).toLongLong()});
     }
     database.check_ended_well(query);
     QJsonObject told = description(shown);
     told.insert(QStringLiteral("step"), step);
     told.insert(QStringLiteral("days"), days);
+    told.insert(QStringLiteral("without"), rows_without_value(database, shown, drawn));
     return told;
 }
 
@@ -99,7 +109,9 @@ QJsonObject value_picture(const result_database &database, const picture &shown)
     QJsonArray values;
     qint64 others = 0;
     qint64 other_rows = 0;
+    qint64 drawn = 0;
     while (query.next()) {
+        drawn += query.value(2).toLongLong();
         if (values.size() < values_told) {
             values.append(
                 QJsonArray{query.value(0).toString(), query.value(1).toString(), query.value(2).toLongLong()});
@@ -116,6 +128,7 @@ QJsonObject value_picture(const result_database &database, const picture &shown)
     told.insert(QStringLiteral("values"), values);
     told.insert(QStringLiteral("others"), others);
     told.insert(QStringLiteral("other_rows"), other_rows);
+    told.insert(QStringLiteral("without"), rows_without_value(database, shown, drawn));
     return told;
 }
 
@@ -217,7 +230,12 @@ QJsonObject report_log(const result_database &database)
     }
     log_reader log(path, log_reader::form::plain);
     const log_failures failures = failures_in(log, failures_told);
+    const qint64 ended = QFileInfo(path).lastModified().toSecsSinceEpoch();
+    const qint64 changed = QFileInfo(database.path()).lastModified().toSecsSinceEpoch();
+    constexpr qint64 closing_seconds = 60; // between the last row of a run and the last line of its log
     return {{QStringLiteral("path"), path},
+            {QStringLiteral("ended"), ended},
+            {QStringLiteral("is_older"), changed - ended > closing_seconds},
             {QStringLiteral("count"), failures.count},
             {QStringLiteral("lines"), QJsonArray::fromStringList(failures.first)}};
 }

@@ -134,6 +134,8 @@ function value_svg(picture, width) {
 function draw_picture(picture, card) {
   const width = Math.max(300, card.clientWidth - 36);
   const hint = element("p", { class: "hint" });
+  const without = picture.without > 0
+    ? ` Without ${picture.days ? "a readable time" : "a value"}: ${number_text(picture.without)} rows.` : "";
   let drawn;
   if (picture.days) {
     const bars = time_bars(picture, Math.floor(width / 7));
@@ -141,11 +143,11 @@ function draw_picture(picture, card) {
     const to = day_text(picture.days[picture.days.length - 1][0]);
     hint.append(`One bar a ${bars.unit.name} (UTC), column ${picture.column}, from ${from} to ${to}.` +
       (bars.outside > 0
-      ? ` Not drawn: ${number_text(bars.outside)} rows far before or behind the others.` : ""));
+      ? ` Not drawn: ${number_text(bars.outside)} rows far before or behind the others.` : "") + without);
     drawn = time_svg(bars, picture.title, width);
   } else {
     hint.append(`Column ${picture.column}.` + (picture.others > 0
-      ? ` ${number_text(picture.others)} more values have ${number_text(picture.other_rows)} rows together.` : ""));
+      ? ` ${number_text(picture.others)} more values have ${number_text(picture.other_rows)} rows together.` : "") + without);
     drawn = value_svg(picture, width);
   }
   card.replaceChildren(element("h3", {}, picture.title), hint, drawn);

@@ -32,8 +32,11 @@ function show_notices(summary) {
   if (summary.log.path === undefined) {
     return;
   }
+  const scope = `It is the log of one run, which ended at ${utc_text(summary.log.ended)} UTC: what other runs into ` +
+    "this result failed to read does not stand in it." +
+    (summary.log.is_older ? " The result database was changed after that." : "");
   if (summary.log.count === 0) {
-    notices.append(element("p", { class: "notice good" }, "The log of the last run holds no failure."));
+    notices.append(element("p", { class: "notice" }, `${summary.log.path} holds no failure. ${scope}`));
     return;
   }
   const lines = element("ul", {}, ...summary.log.lines.map((line) => {
@@ -46,7 +49,8 @@ function show_notices(summary) {
     lines.append(element("li", {}, `and ${others} more in ${summary.log.path}`));
   }
   notices.append(element("details", { class: "notice" },
-    element("summary", {}, `Failures in the log of the last run: ${number_text(summary.log.count)}`), lines));
+    element("summary", {}, `Failures in ${summary.log.path}: ${number_text(summary.log.count)}`),
+    element("p", {}, scope), lines));
 }
 
 function file_list(entries) {
