@@ -181,7 +181,8 @@ int run_parent(const QStringList &arguments)
             throw evidence_error(parser.errorText());
         }
         if (parser.isSet(QStringLiteral("help"))) {
-            std::printf("%s", parser.helpText().toUtf8().constData());
+            std::printf("%s\nExample: mail-bench ios-uniform --size 10000 --size 100000\n",
+                        parser.helpText().toUtf8().constData());
             return exit_done;
         }
         std::signal(SIGINT, SIG_IGN); // the run under way dies of it, and this process removes the folder

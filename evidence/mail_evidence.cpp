@@ -221,7 +221,8 @@ QString run(const QStringList &arguments)
         throw evidence_error(parser.errorText());
     }
     if (parser.isSet(QStringLiteral("help"))) {
-        return parser.helpText().trimmed();
+        return parser.helpText().trimmed() +
+               QStringLiteral("\n\nExample: mail-evidence ios-file-tree sample --size 2000 --wal");
     }
     if (parser.positionalArguments().size() != 2) {
         throw evidence_error(QStringLiteral("Wanted: mail-evidence KIND FOLDER; --help tells more."));

@@ -108,9 +108,9 @@ void print_failures(const log_failures &failures, const QString &log_file)
     for (const QString &line : failures.first) {
         print_line(QStringLiteral("  ") + escaped_for_terminal(line));
     }
-    if (failures.count > failures.first.size()) {
+    if (failures.count > failures.told) {
         print_line(QStringLiteral("  and %1 more, see %2")
-                       .arg(QString::number(failures.count - failures.first.size()), escaped_for_terminal(log_file)));
+                       .arg(QString::number(failures.count - failures.told), escaped_for_terminal(log_file)));
     }
 }
 

@@ -3,6 +3,7 @@
 #include "services/encryptor_string.h"
 
 #include <QRegularExpression>
+#include <QVector>
 
 namespace {
 
@@ -78,8 +79,15 @@ QString operation_of(const QString &line)
     return operation.match(line).captured(1);
 }
 
-// Goes through the lines in their order. A file of the evidence that could not be read is logged by whoever opens
-// files; it concerns the operation that wrote the line in front of that, or the one behind it.
+// Out: whether the line was written by one that reads for others: what opens files, and the tables of a store.
+bool is_of_reader(const QString &line)
+{
+    return line.contains(QLatin1String("[source_files::read]:--")) ||
+           line.contains(QLatin1String("[specific_table::record_type_case]:--"));
+}
+
+// Goes through the lines in their order. What could not be read for an operation concerns that which wrote the line in
+// front of it, or the one behind it.
 class failure_collector
 {
 public:
@@ -88,37 +96,75 @@ public:
     void meet(const QString &line)
     {
         static const QRegularExpression failure_mark(QStringLiteral("-+\\s*FAILED\\s*-+"));
-        const bool is_of_reader = line.contains(QLatin1String("[source_files::read]:--"));
+        const bool is_for_others = is_of_reader(line);
         const bool is_failure = line.contains(QLatin1String("FAILED")) && line.contains(failure_mark);
-        if (!is_of_reader) {
+        if (!is_for_others) {
             previous_line = line;
         }
-        if (is_failure || (is_next_concerned && !is_of_reader)) {
+        if (is_failure || (is_next_concerned && !is_for_others)) {
             failures.operations.insert(operation_of(previous_line));
-            is_next_concerned = is_of_reader;
+            is_next_concerned = is_for_others;
         }
+        static const QRegularExpression reason(QStringLiteral("\\]:--\\s*(error\\s*:-.*)$"),
+                                               QRegularExpression::CaseInsensitiveOption);
         if (is_failure) {
-            show(line);
+            tell_pending();
+            pending = line;
+        } else if (!pending.isEmpty()) {
+            const QRegularExpressionMatch match = reason.match(line);
+            if (match.hasMatch()) {
+                pending += QLatin1Char(' ') + match.captured(1);
+            }
+            tell_pending();
         }
     }
     /// A failure of which no operation is known.
     void add(const QString &sentence)
     {
         failures.operations.insert(QString());
+        tell_pending();
         show(sentence);
     }
-    const log_failures &result() const { return failures; }
+    log_failures result()
+    {
+        tell_pending();
+        for (int i = 0; i < failures.first.size(); ++i) {
+            failures.told += times.at(i);
+            if (times.at(i) > 1) {
+                failures.first[i] += QStringLiteral(" (%1 times)").arg(times.at(i));
+            }
+        }
+        return failures;
+    }
 
 private:
     void show(const QString &line)
     {
-        if (failures.count++ < limit) {
+        ++failures.count;
+        static const QRegularExpression time(QStringLiteral("^\\[[^\\]]*\\]"));
+        const QString text = QString(line).remove(time);
+        const int known = texts.indexOf(text);
+        if (known >= 0) {
+            ++times[known];
+        } else if (texts.size() < limit) {
+            texts += text;
+            times += 1;
             failures.first += line;
+        }
+    }
+    void tell_pending()
+    {
+        if (!pending.isEmpty()) {
+            show(pending);
+            pending.clear();
         }
     }
 
     const int limit;
     log_failures failures;
+    QStringList texts; // of the lines shown, without their times
+    QVector<qint64> times;
+    QString pending;       // a failure whose reason may follow
     QString previous_line; // of an operation
     bool is_next_concerned = false;
 };

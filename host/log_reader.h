@@ -47,7 +47,8 @@ private:
 struct log_failures
 {
     qint64 count = 0;
-    QStringList first;        ///< the first lines, up to the limit
+    qint64 told = 0;          ///< of these, how many the lines below stand for
+    QStringList first;        ///< the first lines that differ, up to the limit, with their reasons
     QSet<QString> operations; ///< that may lack rows, as "mail_macos::extract_messages"; an empty name is one not known
 };
 

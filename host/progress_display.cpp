@@ -25,8 +25,8 @@ QString duration_text(qint64 milliseconds)
 
 } // namespace
 
-progress_display::progress_display(const QString &source, const QStringList &tabs)
-    : source_text(escaped_for_terminal(source)), tab_names(tabs)
+progress_display::progress_display(const QString &source, const QStringList &works)
+    : source_text(escaped_for_terminal(source)), steps(works)
 {
     timer.start();
     show();
@@ -74,19 +74,9 @@ void progress_display::stop_redrawing()
     }
 }
 
-QString progress_display::work(bool is_last) const
+QString progress_display::work() const
 {
-    if (tab_names.isEmpty()) {
-        return QString();
-    }
-    const QString tab_total = QString::number(tab_names.size());
-    if (is_last) {
-        return QStringLiteral("%1 of %2 tabs, ").arg(QString::number(tabs_so_far), tab_total);
-    }
-    return tabs_so_far < tab_names.size()
-               ? QStringLiteral("%1 (tab %2 of %3), ")
-                     .arg(tab_names.at(tabs_so_far), QString::number(tabs_so_far + 1), tab_total)
-               : QStringLiteral("closing, ");
+    return tabs_so_far < steps.size() ? steps.at(tabs_so_far) : QStringLiteral("closing");
 }
 
 QString progress_display::line(bool is_last) const
@@ -94,8 +84,9 @@ QString progress_display::line(bool is_last) const
     const qint64 milliseconds = timer.elapsed();
     const qint64 rate = milliseconds > 0 ? rows_so_far * 1000 / milliseconds : 0;
     const QString counts =
-        QStringLiteral(": %1%2 rows, %3 rows/s, %4")
-            .arg(work(is_last), QString::number(rows_so_far), QString::number(rate), duration_text(milliseconds));
+        is_last ? QStringLiteral(" in %1").arg(duration_text(milliseconds))
+                : QStringLiteral(": %1, %2 rows, %3 rows/s, %4")
+                      .arg(work(), QString::number(rows_so_far), QString::number(rate), duration_text(milliseconds));
     const QString begin = is_last ? QStringLiteral("Read ") : QStringLiteral("Reading ");
     if (!stdout_is_terminal()) {
         return begin + source_text + counts;
@@ -111,7 +102,7 @@ QString progress_display::line(bool is_last) const
 
 void progress_display::show()
 {
-    const bool is_closing = !tab_names.isEmpty() && tabs_so_far >= tab_names.size();
+    const bool is_closing = tabs_so_far >= steps.size();
     const bool is_due = stdout_is_terminal() ||
                         (!is_closing && (tabs_so_far != tabs_shown || timer.elapsed() - shown_at >= piped_pause));
     if (is_due) {

@@ -17,12 +17,11 @@ class progress_display : public QObject
     Q_OBJECT
 
 public:
-    /// In: what is being read, as shown; the tabs that will be reported as finished, in the order of
-    /// work; none where the count of finished tabs does not tell which is read.
-    progress_display(const QString &source, const QStringList &tabs);
+    /// In: what is being read, as shown; what is in work by the count of tabs reported as finished.
+    progress_display(const QString &source, const QStringList &works);
     ~progress_display() override;
 
-    /// Says in a last line what was read.
+    /// Says in a last line what was read. Not how many rows: not every row that is stored is reported.
     void finish();
 
 public Q_SLOTS:
@@ -32,13 +31,13 @@ public Q_SLOTS:
 private:
     void redraw_each_second();
     void stop_redrawing();
-    QString work(bool is_last) const;
+    QString work() const;
     QString line(bool is_last) const;
     void show();
     void put(const QString &line);
 
     const QString source_text;
-    const QStringList tab_names;
+    const QStringList steps;
     QElapsedTimer timer;
 
     std::mutex mutex; // over all that follows

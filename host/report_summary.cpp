@@ -237,5 +237,6 @@ QJsonObject report_log(const result_database &database)
             {QStringLiteral("ended"), ended},
             {QStringLiteral("is_older"), changed - ended > closing_seconds},
             {QStringLiteral("count"), failures.count},
+            {QStringLiteral("told"), failures.told},
             {QStringLiteral("lines"), QJsonArray::fromStringList(failures.first)}};
 }

@@ -149,18 +149,40 @@ bool is_ios_backup(const run_request &request)
 
 QStringList reported_tabs(const run_request &request)
 {
-    QStringList reported;
+    struct possible_work
+    {
+        int first_count;
+        int last_count;
+    };
+    std::vector<possible_work> works; // by the counts of finished tabs while the tab may be in work
+    QStringList names_in_order;
+    int least_before = 0;
+    int most_before = 0;
     for (const tab_entry *tab : tabs_of(*request.scheme)) {
-        const QString name = QString::fromLatin1(tab->name);
-        if (!request.tabs.contains(name)) {
-            continue;
-        }
-        if (tab->reported == tab_report::varies) {
-            return {};
-        }
-        if (tab->reported == tab_report::once) {
-            reported += name;
+        if (request.tabs.contains(QString::fromLatin1(tab->name))) {
+            names_in_order += QString::fromLatin1(tab->name);
+            const int most = tab->reported == tab_report::varies ? 2 : tab->reported == tab_report::once ? 1 : 0;
+            works.push_back({least_before, most_before + std::max(most - 1, 0)});
+            least_before += tab->reported == tab_report::once ? 1 : 0;
+            most_before += most;
         }
     }
-    return reported;
+    QStringList steps;
+    for (int count = 0;; ++count) {
+        QStringList names;
+        int last = 0;
+        for (int i = 0; i < static_cast<int>(works.size()); ++i) {
+            if (works[i].first_count <= count && count <= works[i].last_count) {
+                names += names_in_order.at(i);
+                last = i + 1;
+            }
+        }
+        if (names.isEmpty()) {
+            return steps;
+        }
+        const QString numbers = names.size() == 1 ? QStringLiteral("tab %1").arg(last)
+                                                  : QStringLiteral("tabs %1-%2").arg(last - names.size() + 1).arg(last);
+        steps += QStringLiteral("%1 (%2 of %3)")
+                     .arg(names.join(QStringLiteral(", ")), numbers, QString::number(names_in_order.size()));
+    }
 }

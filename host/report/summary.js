@@ -44,8 +44,8 @@ function show_notices(summary) {
     append_text(item, line);
     return item;
   }));
-  if (summary.log.count > summary.log.lines.length) {
-    const others = number_text(summary.log.count - summary.log.lines.length);
+  if (summary.log.count > summary.log.told) {
+    const others = number_text(summary.log.count - summary.log.told);
     lines.append(element("li", {}, `and ${others} more in ${summary.log.path}`));
   }
   notices.append(element("details", { class: "notice" },

@@ -214,7 +214,6 @@ private Q_SLOTS:
                                {"  messages         %1"_s.arg(sample_messages), "Failures in the log: none"_s}),
                  none);
         QVERIFY(program.output.contains(": messages (tab 2 of 2), 1 rows, "_s));
-        QVERIFY(program.output.contains(": 2 of 2 tabs, %1 rows, "_s.arg(sample_messages + 1)));
         for (const QChar character : program.output) {
             QVERIFY(character == QLatin1Char('\n') || character.isPrint());
         }
@@ -241,13 +240,22 @@ private Q_SLOTS:
         QCOMPARE(missing_lines(volume.output, {"Users: anna, jörg"_s, "  messages                 300"_s,
                                                "  open_attachments           7"_s}),
                  none);
-        QVERIFY(volume.output.contains(": 9 of 9 tabs, "_s));
+        QVERIFY(volume.output.contains(": open_attachments (tab 9 of 9), "_s));
 
         const finished_program home = run("run volume/Users/jörg --home --tabs messages --result case/home"_s);
         QCOMPARE(missing_lines(home.output, {"Users: jörg"_s, "  messages          60"_s}), none);
         const finished_program tables = run("show case/home --csv"_s);
         QVERIFY2(tables.output.contains("emlx_list,5"_s), qPrintable(tables.output));
         QCOMPARE(state_of(path("volume"_s)), source_before);
+    }
+
+    // Attachments of Windows are not reported as finished, contacts of a backup not at all or up to twice.
+    void progress_names_all_tabs_that_may_be_in_work()
+    {
+        const QString windows = run("run windows --result case/windows"_s).output;
+        QVERIFY2(windows.contains(": all_attachments, messages (tabs 2-3 of 8), "_s), qPrintable(windows));
+        const QString backup = run("run backup --result case/backup"_s).output;
+        QVERIFY2(backup.contains(": contacts, recents (tabs 1-2 of 5), "_s), qPrintable(backup));
     }
 
     void run_continues_results_and_replaces_its_log()
@@ -293,7 +301,8 @@ private Q_SLOTS:
         for (const QString &arguments : {"--log plain.log"_s, "--log cipher.log --encipher-log"_s}) {
             const QString whole = "run broken --result failing "_s + arguments;
             const finished_program first = run(whole, 1);
-            QVERIFY2(first.output.contains("FAILED"_s), qPrintable(first.output));
+            const QRegularExpression failure("FAILED.* (?i:error) :- file is not a database"_s);
+            QVERIFY2(first.output.contains(failure), qPrintable(first.output));
             QCOMPARE(missing_lines(first.output, {"Incomplete: messages"_s}), none);
             QCOMPARE(failure_count(run(whole, 1)), failure_count(first));
         }

@@ -104,7 +104,7 @@ void terminal_test::one_line_is_redrawn()
                  drawn.first().contains(QLatin1String("\\x1b[2J: accounts (tab 1 of 2), 0 rows")),
              qPrintable(drawn.first()));
     QVERIFY2(drawn.last().startsWith(QLatin1String("Read ...")) &&
-                 drawn.last().contains(QStringLiteral(": 2 of 2 tabs, %1 rows").arg(sample_messages + 1)),
+                 drawn.last().trimmed().endsWith(QLatin1String("\\x1b[2J in 0:00")),
              qPrintable(drawn.last()));
 }
 
