@@ -1,17 +1,23 @@
 #include "host/report_summary.h"
 
 #include "host/log_reader.h"
+#include "host/value_text.h"
 
 #include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
+
+#include <algorithm>
 
 namespace {
 
 constexpr int files_told = 100;
 constexpr int values_told = 15;
 constexpr int failures_told = 100;
+constexpr qint64 close_seconds = 300; // between the last change of the results and the end of the log beside them
 
 struct picture
 {
@@ -48,11 +54,25 @@ bool can_show(const result_database &database, const picture &shown)
            (shown.second_column == nullptr || columns.contains(QLatin1String(shown.second_column)));
 }
 
-QJsonObject description(const picture &shown)
+// In: how many rows of the table the picture holds. Out: empty where the table has no rows.
+QJsonObject description(const result_database &database, const picture &shown, qint64 pictured)
 {
+    const qint64 rows = database.row_count(QString::fromLatin1(shown.table));
+    if (rows == 0) {
+        return {};
+    }
     return {{QStringLiteral("title"), QString::fromLatin1(shown.title)},
             {QStringLiteral("table"), QString::fromLatin1(shown.table)},
-            {QStringLiteral("column"), QString::fromLatin1(shown.column)}};
+            {QStringLiteral("column"), QString::fromLatin1(shown.column)},
+            {QStringLiteral("without"), rows - pictured}};
+}
+
+// Adds to what the picture is told by; a table without rows stays untold.
+void tell(QJsonObject &told, const char *name, const QJsonValue &value)
+{
+    if (!told.isEmpty()) {
+        told.insert(QLatin1String(name), value);
+    }
 }
 
 // The days of the column's times in the years 1 to 9999, as days since 1970; other values are none.
@@ -64,71 +84,74 @@ QString days_of(const picture &shown)
         .arg(QLatin1String(shown.column), QLatin1String(shown.table));
 }
 
-// Out: how many rows of the picture's table are not among those drawn.
-qint64 rows_without_value(const result_database &database, const picture &shown, qint64 drawn)
-{
-    QSqlQuery query = database.select(QStringLiteral("SELECT count(*) FROM \"%1\"").arg(QLatin1String(shown.table)));
-    return query.next() ? query.value(0).toLongLong() - drawn : 0;
-}
-
-// Out: empty where no row has a time.
 QJsonObject time_picture(const result_database &database, const picture &shown)
 {
     constexpr qint64 most_steps = 20000; // fifty years of days
     QSqlQuery range = database.select(QStringLiteral("SELECT min(day), max(day) FROM (%1)").arg(days_of(shown)));
-    if (!range.next() || range.isNull(0)) {
-        return {};
-    }
-    const qint64 first = range.value(0).toLongLong();
+    const qint64 first = range.next() ? range.value(0).toLongLong() : 0;
     const qint64 step = (range.value(1).toLongLong() - first) / most_steps + 1;
     QSqlQuery query =
         database.select(QStringLiteral("SELECT %1 + (day - %1) / %2 * %2 AS begin, count(*) FROM (%3) GROUP BY begin")
                             .arg(QString::number(first), QString::number(step), days_of(shown)));
     QJsonArray days;
-    qint64 drawn = 0;
+    qint64 rows = 0;
     while (query.next()) {
-        drawn += query.value(1).toLongLong();
         days.append(QJsonArray{query.value(0).toLongLong(), query.value(1).toLongLong()});
+        rows += query.value(1).toLongLong();
     }
     database.check_ended_well(query);
-    QJsonObject told = description(shown);
-    told.insert(QStringLiteral("step"), step);
-    told.insert(QStringLiteral("days"), days);
-    told.insert(QStringLiteral("without"), rows_without_value(database, shown, drawn));
+    QJsonObject told = description(database, shown, rows);
+    tell(told, "step", step);
+    tell(told, "days", days);
     return told;
+}
+
+// In: the table's columns that a value is known by. Out: a pair of column and text for each; empty where one of the
+// texts is too long to be kept in the page a second time.
+QJsonArray filters_of(const picture &shown, const QString &value, const QString &second)
+{
+    constexpr int longest_filter = 1000;
+    if (std::max(value.size(), second.size()) > longest_filter) {
+        return {};
+    }
+    QJsonArray filters{QJsonArray{QString::fromLatin1(shown.column), value}};
+    if (shown.second_column != nullptr) {
+        filters.append(QJsonArray{QString::fromLatin1(shown.second_column), second});
+    }
+    return filters;
 }
 
 QJsonObject value_picture(const result_database &database, const picture &shown)
 {
+    constexpr int label_length = 200;
     const QString second =
-        shown.second_column == nullptr ? QStringLiteral("NULL") : quoted_name(QString::fromLatin1(shown.second_column));
+        shown.second_column == nullptr ? QStringLiteral("''") : quoted_name(QString::fromLatin1(shown.second_column));
     QSqlQuery query =
-        database.select(QStringLiteral("SELECT substr(\"%1\", 1, 200), substr(%2, 1, 200), count(*) AS n "
-                                       "FROM \"%3\" WHERE \"%1\" <> '' GROUP BY 1, 2 ORDER BY n DESC, 1, 2")
+        database.select(QStringLiteral("SELECT \"%1\", ifnull(%2, ''), count(*) AS n FROM \"%3\" WHERE \"%1\" <> '' "
+                                       "GROUP BY 1, 2 ORDER BY n DESC, 1, 2")
                             .arg(QLatin1String(shown.column), second, QLatin1String(shown.table)));
     QJsonArray values;
     qint64 others = 0;
     qint64 other_rows = 0;
-    qint64 drawn = 0;
+    qint64 rows = 0;
     while (query.next()) {
-        drawn += query.value(2).toLongLong();
+        const qint64 rows_of_value = query.value(2).toLongLong();
+        rows += rows_of_value;
         if (values.size() < values_told) {
-            values.append(
-                QJsonArray{query.value(0).toString(), query.value(1).toString(), query.value(2).toLongLong()});
+            const QString value = value_text(query.value(0));
+            const QString second_value = value_text(query.value(1));
+            values.append(QJsonArray{value.left(label_length), second_value.left(label_length), rows_of_value,
+                                     filters_of(shown, value, second_value)});
         } else {
             ++others;
-            other_rows += query.value(2).toLongLong();
+            other_rows += rows_of_value;
         }
     }
     database.check_ended_well(query);
-    if (values.isEmpty()) {
-        return {};
-    }
-    QJsonObject told = description(shown);
-    told.insert(QStringLiteral("values"), values);
-    told.insert(QStringLiteral("others"), others);
-    told.insert(QStringLiteral("other_rows"), other_rows);
-    told.insert(QStringLiteral("without"), rows_without_value(database, shown, drawn));
+    QJsonObject told = description(database, shown, rows);
+    tell(told, "values", values);
+    tell(told, "others", others);
+    tell(told, "other_rows", other_rows);
     return told;
 }
 
@@ -179,6 +202,13 @@ void add_sources_of(const result_database &database, const QString &table, QJson
     add_others();
 }
 
+// A line of a log begins with its local time: "[2020-Jan-06T10-40-00][".
+QDateTime time_of_line(const QString &line)
+{
+    const int length = QStringLiteral("2020-Jan-06T10-40-00").size();
+    return QLocale::c().toDateTime(line.mid(1, length), QStringLiteral("yyyy-MMM-ddThh-mm-ss"));
+}
+
 } // namespace
 
 QJsonArray report_sources(const result_database &database)
@@ -225,18 +255,22 @@ QJsonObject report_log(const result_database &database)
 {
     const QString path =
         QDir::cleanPath(QFileInfo(database.path()).absolutePath() + QStringLiteral("/../../mail-extract.log"));
+    QJsonObject told{{QStringLiteral("path"), path}};
     if (!QFileInfo(path).isFile()) {
-        return {};
+        return told;
     }
     log_reader log(path, log_reader::form::plain);
     const log_failures failures = failures_in(log, failures_told);
-    const qint64 ended = QFileInfo(path).lastModified().toSecsSinceEpoch();
-    const qint64 changed = QFileInfo(database.path()).lastModified().toSecsSinceEpoch();
-    constexpr qint64 closing_seconds = 60; // between the last row of a run and the last line of its log
-    return {{QStringLiteral("path"), path},
-            {QStringLiteral("ended"), ended},
-            {QStringLiteral("is_older"), changed - ended > closing_seconds},
-            {QStringLiteral("count"), failures.count},
-            {QStringLiteral("told"), failures.told},
-            {QStringLiteral("lines"), QJsonArray::fromStringList(failures.first)}};
+    told.insert(QStringLiteral("count"), failures.count);
+    told.insert(QStringLiteral("told"), failures.told);
+    told.insert(QStringLiteral("lines"), QJsonArray::fromStringList(failures.first));
+    const QDateTime end = time_of_line(log.line());
+    const QDateTime changed = QFileInfo(database.path()).lastModified();
+    if (end.isValid()) {
+        told.insert(QStringLiteral("end"), end.toSecsSinceEpoch());
+    }
+    if (!end.isValid() || end.secsTo(changed) > close_seconds) {
+        told.insert(QStringLiteral("changed"), changed.toSecsSinceEpoch());
+    }
+    return told;
 }

@@ -2,13 +2,14 @@
 
 #include <QDateTime>
 #include <QLocale>
+#include <QStringList>
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-// Columns that hold seconds since 1970.
+// Columns that hold seconds since 1970, one or several in a text.
 constexpr const char *time_columns[] = {"application_install_timestamp",
                                         "arrival_timestamp",
                                         "content_creation_date",
@@ -38,9 +39,13 @@ constexpr const char *time_columns[] = {"application_install_timestamp",
                                         "modification_timestamp",
                                         "recent_interaction_date",
                                         "start_timestamp",
-                                        "timestamp"};
+                                        "timestamp",
+                                        "used_dates"};
 
-QString formatted(const QVariant &seconds, const QString &format)
+// What stands between times in one text: the dates a file was used have a separator of their own.
+constexpr const char *separators[] = {";++::++;", ";"};
+
+QString formatted_time(const QVariant &seconds, const QString &format)
 {
     constexpr double first_second = -62135596800.0; // 0001-01-01
     constexpr double last_second = 253402300799.0;  // 9999-12-31
@@ -53,6 +58,27 @@ QString formatted(const QVariant &seconds, const QString &format)
                                  format);
 }
 
+// A text of several times becomes a text of as many parts. In: what stands for a part that is no time, and between two;
+// a null `between` is what the value itself has there.
+QString formatted(const QVariant &value, const QString &format, const QString &no_time, const QString &between)
+{
+    const QString text = value.type() == QVariant::String ? value.toString() : QString();
+    const auto *const separator =
+        std::find_if(std::begin(separators), std::end(separators),
+                     [&](const char *candidate) { return text.contains(QLatin1String(candidate)); });
+    if (separator == std::end(separators)) {
+        return formatted_time(value, format);
+    }
+    QStringList times;
+    bool has_time = false;
+    for (const QString &part : text.split(QLatin1String(*separator))) {
+        const QString time = formatted_time(part, format);
+        has_time |= !time.isEmpty();
+        times += time.isEmpty() ? no_time : time;
+    }
+    return has_time ? times.join(between.isNull() ? QString::fromLatin1(*separator) : between) : QString();
+}
+
 } // namespace
 
 bool is_time_column(const QString &name)
@@ -63,10 +89,10 @@ bool is_time_column(const QString &name)
 
 QString utc_text(const QVariant &seconds)
 {
-    return formatted(seconds, QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'"));
+    return formatted(seconds, QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'"), QStringLiteral("?"), QStringLiteral("; "));
 }
 
 QString utc_text_for_tools(const QVariant &seconds)
 {
-    return formatted(seconds, QStringLiteral("yyyy-MM-dd'T'HH:mm:ss'Z'"));
+    return formatted(seconds, QStringLiteral("yyyy-MM-dd'T'HH:mm:ss'Z'"), QString(), QString());
 }

@@ -1,12 +1,12 @@
-// The page's state stands in its address, "#table=messages&q=invoice&sort=-message_date_sent&row=3", so that a view can
-// be kept as a bookmark and the browser's way back works.
+// The page's state stands in its address, "#table=messages&f=mailbox_name%3DINBOX&q=invoice&sort=-subject&row=3", so that
+// a view can be kept as a bookmark and the browser's way back works. Each "f" is a column and the text it must have.
 
 /** The address of a view; blank parts are left out. */
 function hash_of(state) {
   const parts = new URLSearchParams();
-  for (const key of ["table", "q", "sort", "row"]) {
-    if (state[key]) {
-      parts.set(key, state[key]);
+  for (const key of ["table", "f", "q", "sort", "row"]) {
+    for (const part of [state[key] ?? ""].flat().filter((text) => text !== "")) {
+      parts.append(key, part);
     }
   }
   return "#" + parts;
@@ -39,7 +39,7 @@ function start_page() {
       const tab = element("button",
         { type: "button", role: "tab", "aria-selected": String(is_shown), tabindex: is_shown ? "0" : "-1" },
         described.name, element("span", { class: "count" }, number_text(described.rows)));
-      tab.addEventListener("click", () => go_to({ table: described.name, sort: "", row: "" }));
+      tab.addEventListener("click", () => go_to({ table: described.name, f: [], sort: "", row: "" }));
       return tab;
     }));
   }
@@ -48,7 +48,17 @@ function start_page() {
     const { rows, embedded } = table.described;
     const all = embedded < rows ? `${number_text(embedded)} rows here, ${number_text(rows)} in all`
       : `${number_text(rows)} rows`;
-    by_id("found").textContent = grid.words.length > 0 ? `${number_text(grid.view.length)} found in ${all}` : all;
+    by_id("found").textContent = state.f.length > 0 || grid.words.length > 0
+      ? `${number_text(grid.view.length)} found in ${all}` : all;
+  }
+
+  function show_filters() {
+    by_id("filters").replaceChildren(...state.f.map((filter) => {
+      const button = element("button", { type: "button", title: "Remove this filter" });
+      append_text(button, filter.replace("=", " = ") + " ×");
+      button.addEventListener("click", () => go_to({ f: state.f.filter((other) => other !== filter), row: "" }));
+      return button;
+    }));
   }
 
   function show_detail(place) {
@@ -93,19 +103,21 @@ function start_page() {
       return;
     }
     const part = (key) => given.get(key) ?? "";
-    state = { table: table.described.name, q: part("q"), sort: part("sort"), row: part("row") };
+    state = { table: table.described.name, f: given.getAll("f"), q: part("q"), sort: part("sort"), row: part("row") };
     const wanted_view = hash_of({ ...state, row: "" });
     if (wanted_view !== shown_view) {
       const number = ++work_number;
       const is_stale = () => number !== work_number;
       show_tabs();
+      show_filters();
       if (by_id("search").value.trim() !== state.q) {
         by_id("search").value = state.q;
       }
       by_id("found").textContent = "Reading …";
       await table.load();
       const words = state.q.toLowerCase().split(/\s+/).filter((word) => word !== "");
-      const view = is_stale() ? null : await table.view(words, state.sort, is_stale);
+      const filters = state.f.map((filter) => [filter.replace(/=.*/s, ""), filter.replace(/^[^=]*=?/, "")]);
+      const view = is_stale() ? null : await table.view(filters, words, state.sort, is_stale);
       if (view === null) {
         return;
       }
@@ -127,7 +139,7 @@ function start_page() {
     const next = step && names[names.indexOf(state.table) + step];
     if (next) {
       event.preventDefault();
-      go_to({ table: next, sort: "", row: "" }, false);
+      go_to({ table: next, f: [], sort: "", row: "" }, false);
       by_id("table-tabs").querySelector('[aria-selected="true"]').focus();
     }
   });

@@ -113,7 +113,7 @@ function value_svg(picture, width) {
   const highest = picture.values[0][2];
   const drawn = svg("svg", { viewBox: `0 0 ${width} ${picture.values.length * line}`, role: "group",
     "aria-label": picture.title });
-  picture.values.forEach(([value, second, rows], index) => {
+  picture.values.forEach(([value, second, rows, filters], index) => {
     const y = index * line;
     const label = second === "" ? value : `${value} · ${second}`;
     const fitting = Math.floor(label_room / 7);
@@ -123,7 +123,8 @@ function value_svg(picture, width) {
       escape.replaceWith(escape.textContent);
     }
     const length = Math.max(2, rows / highest * (width - label_room - count_room));
-    drawn.append(svg("a", { href: hash_of({ table: picture.table, q: value.slice(0, 80) }) },
+    const f = filters.map(([column, text]) => `${column}=${text}`);
+    drawn.append(svg(f.length > 0 ? "a" : "g", f.length > 0 ? { href: hash_of({ table: picture.table, f }) } : {},
       svg("title", {}, `${label}: ${number_text(rows)}`), shown,
       svg("rect", { class: "bar", x: label_room, y: y + 4, width: length, height: line - 8, rx: 2 }),
       svg("text", { x: label_room + length + 6, y: y + 16 }, number_text(rows))));
@@ -134,28 +135,33 @@ function value_svg(picture, width) {
 function draw_picture(picture, card) {
   const width = Math.max(300, card.clientWidth - 36);
   const hint = element("p", { class: "hint" });
-  const without = picture.without > 0
-    ? ` Without ${picture.days ? "a readable time" : "a value"}: ${number_text(picture.without)} rows.` : "";
   let drawn;
-  if (picture.days) {
+  if ((picture.days ?? picture.values).length === 0) {
+    drawn = "";
+  } else if (picture.days) {
     const bars = time_bars(picture, Math.floor(width / 7));
     const from = day_text(picture.days[0][0]);
     const to = day_text(picture.days[picture.days.length - 1][0]);
     hint.append(`One bar a ${bars.unit.name} (UTC), column ${picture.column}, from ${from} to ${to}.` +
       (bars.outside > 0
-      ? ` Not drawn: ${number_text(bars.outside)} rows far before or behind the others.` : "") + without);
+      ? ` Not drawn: ${number_text(bars.outside)} rows far before or behind the others.` : ""));
     drawn = time_svg(bars, picture.title, width);
   } else {
     hint.append(`Column ${picture.column}.` + (picture.others > 0
-      ? ` ${number_text(picture.others)} more values have ${number_text(picture.other_rows)} rows together.` : "") + without);
+      ? ` ${number_text(picture.others)} more values have ${number_text(picture.other_rows)} rows together.` : ""));
     drawn = value_svg(picture, width);
+  }
+  if (picture.without > 0) {
+    const what = picture.days ? "a date that can be read" : "a value";
+    hint.append(` ${drawn === "" ? "None of " : ""}${number_text(picture.without)} rows ${drawn === ""
+      ? `has ${what} in column ${picture.column}` : `without ${what} are not in the picture`}.`);
   }
   card.replaceChildren(element("h3", {}, picture.title), hint, drawn);
 }
 
 function show_pictures(pictures) {
   const cards = pictures.map((picture) =>
-    [picture, element("div", { class: picture.days ? "card picture wide" : "card picture" })]);
+    [picture, element("div", { class: picture.days?.length > 0 ? "card picture wide" : "card picture" })]);
   by_id("picture-list").append(...cards.map(([, card]) => card));
   by_id("pictures").hidden = pictures.length === 0;
   const draw = () => cards.forEach(([picture, card]) => draw_picture(picture, card));

@@ -72,12 +72,20 @@ class TableRows {
       search_text(value, this.times.has(column))).join("\n").toLowerCase();
   }
 
-  /** The indexes of the rows that hold all words, in the order wanted; null where `is_stale` says to give up. */
-  async view(words, sort, is_stale) {
+  /** Whether the row has the text in the column; one that is left out is empty in every row. */
+  has(index, [name, text]) {
+    const value = this.rows[index][this.described.columns.indexOf(name)] ?? "";
+    return !Array.isArray(value) && String(value) === text;
+  }
+
+  /** The indexes of the rows that pass the filters, pairs of a column and its text, and hold all words, in the order
+      wanted; null where `is_stale` says to give up. */
+  async view(filters, words, sort, is_stale) {
     const pause = make_pause();
     const found = [];
     for (let index = 0; index < this.rows.length; ++index) {
-      if (words.length === 0 || words.every((word) => this.text_of(index).includes(word))) {
+      if (filters.every((filter) => this.has(index, filter)) &&
+          words.every((word) => this.text_of(index).includes(word))) {
         found.push(index);
       }
       if ((index & 1023) === 0) {

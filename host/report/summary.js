@@ -12,7 +12,7 @@ function show_figures(summary) {
   if (users.size > 0) {
     figures.push(["Users", number_text(users.size)]);
   }
-  const sent = summary.pictures.find((picture) => picture.days && picture.table === "messages");
+  const sent = summary.pictures.find((picture) => picture.days?.length > 0 && picture.table === "messages");
   if (sent) {
     const [from, to] = usual_range(sent.days);
     figures.push(["Messages sent, mostly", `${day_text(from)} to ${day_text(to)}`]);
@@ -29,28 +29,39 @@ function show_notices(summary) {
       `${number_text(table.rows)} rows. All are given by `,
       element("code", {}, `mail-extract show DIR ${table.name} --csv > ${table.name}.csv`), "."));
   }
-  if (summary.log.path === undefined) {
-    return;
+  notices.append(log_notice(summary.log));
+}
+
+/** What the log beside the results says, and how far that goes. */
+function log_notice(log) {
+  const path = element("code");
+  append_text(path, log.path);
+  if (log.count === undefined) {
+    return element("p", { class: "notice plain" }, "Whether a run had failures cannot be told: no log stands at ",
+      path, ".");
   }
-  const scope = `It is the log of one run, which ended at ${utc_text(summary.log.ended)} UTC: what other runs into ` +
-    "this result failed to read does not stand in it." +
-    (summary.log.is_older ? " The result database was changed after that." : "");
-  if (summary.log.count === 0) {
-    notices.append(element("p", { class: "notice" }, `${summary.log.path} holds no failure. ${scope}`));
-    return;
+  const end = log.end === undefined ? "no time in its last line" : `last line ${utc_text(log.end)} UTC`;
+  const is_of_results = log.changed === undefined;
+  const reach = [`Only this log was looked at (${end}): runs with a log of their own, and earlier runs whose log it ` +
+    "has replaced, are not in it."];
+  if (!is_of_results) {
+    reach.push(element("strong", {}, ` The result database was changed after it, at ${utc_text(log.changed)} UTC: ` +
+      "another run may have written it, or it is a copy with a new time."));
   }
-  const lines = element("ul", {}, ...summary.log.lines.map((line) => {
+  if (log.count === 0) {
+    return element("p", { class: is_of_results ? "notice plain" : "notice" }, "No failure stands in ", path, ". ",
+      ...reach);
+  }
+  const lines = element("ul", {}, ...log.lines.map((line) => {
     const item = element("li");
     append_text(item, line);
     return item;
   }));
-  if (summary.log.count > summary.log.told) {
-    const others = number_text(summary.log.count - summary.log.told);
-    lines.append(element("li", {}, `and ${others} more in ${summary.log.path}`));
+  if (log.count > log.told) {
+    lines.append(element("li", {}, `and ${number_text(log.count - log.told)} more`));
   }
-  notices.append(element("details", { class: "notice" },
-    element("summary", {}, `Failures in ${summary.log.path}: ${number_text(summary.log.count)}`),
-    element("p", {}, scope), lines));
+  return element("details", { class: "notice" },
+    element("summary", {}, `Failures in `, path, `: ${number_text(log.count)}. `, ...reach), lines);
 }
 
 function file_list(entries) {
@@ -90,7 +101,7 @@ function source_card(name, entries) {
     const own = entries.filter((entry) => entry.table === table);
     const rows = own.reduce((sum, entry) => sum + entry.rows, 0);
     return element("tr", {},
-      element("td", {}, element("a", { href: hash_of({ table, q: name }) }, table)),
+      element("td", {}, element("a", { href: hash_of({ table, f: [`source_count_name=${name}`] }) }, table)),
       element("td", { class: "number" }, number_text(rows)), element("td", {}, file_list(own)));
   }));
   return element("div", { class: "card" }, head, who, element("table", { class: "files" },

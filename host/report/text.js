@@ -42,6 +42,16 @@ function utc_text(seconds) {
   return `${day_text(day)} ${clock.map(two_digits).join(":")}`;
 }
 
+/** The same for a column of times, where several in one text have ";" or ";++::++;" between them; "?" is a part that is
+    no time. Empty where none is one. */
+function times_text(value) {
+  if (typeof value !== "string" || !value.includes(";")) {
+    return utc_text(value);
+  }
+  const times = value.split(/;(?:\+\+::\+\+;)?/).map(utc_text);
+  return times.some((time) => time !== "") ? times.map((time) => time || "?").join("; ") : "";
+}
+
 // What cannot be seen, or turns the reading direction; line ends and tabs only where a cell shows one line.
 const unseen_in_line = /[\u0000-\u001f\u007f-\u009f\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069]/g;
 const unseen_in_text = /[\u0000-\u0008\u000b-\u001f\u007f-\u009f\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069]/g;
@@ -95,7 +105,7 @@ function append_value(parent, value, is_time, words = [], in_one_line = true) {
     parent.append(element("span", { class: "null" }, "NULL"));
     return;
   }
-  const time = is_time ? utc_text(value) : "";
+  const time = is_time ? times_text(value) : "";
   if (time !== "") {
     append_marked(parent, time, words);
     const seconds = element("span", { class: "seconds" });
@@ -115,6 +125,6 @@ function search_text(value, is_time) {
   if (value === null) {
     return "";
   }
-  const time = is_time ? utc_text(value) : "";
+  const time = is_time ? times_text(value) : "";
   return time + (time === "" ? "" : " ") + (Array.isArray(value) ? value[0] : String(value));
 }
