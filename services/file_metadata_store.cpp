@@ -1,7 +1,7 @@
 #include "services/file_metadata_store.h"
 
-#include "services/source_files.h"
 #include "core/unreadable_sources.h"
+#include "services/source_files.h"
 
 #include <QFile>
 #include <QFileInfo>
