@@ -1,7 +1,7 @@
 // The pages of an ESE file as the library is shown them: the records stay as they were written, and what is no sound
 // root stays byte for byte. Long values are read from the pages beside the library.
 #include "evidence/files.h"
-#include "tests/evidence/ese_tables.h"
+#include "tests/windows/ese_leaf_records.h"
 #include "windows/ese_file.h"
 #include "windows/ese_long_values.h"
 #include "windows/ese_root_view.h"
@@ -14,8 +14,6 @@
 #include <functional>
 
 using evidence::ese_file_options;
-using evidence::ese_type;
-using evidence::ese_value;
 
 namespace {
 
@@ -40,22 +38,6 @@ QVector<int> pages_with(const QByteArray &content, int page_size, quint32 mask, 
         }
     }
     return pages;
-}
-
-// Each record has a leaf for itself.
-QByteArray record_bytes(int index, int page_size)
-{
-    return QByteArray::number(index).rightJustified(page_size * 6 / 10, 'x');
-}
-
-void write_records(const QString &path, const ese_file_options &options, int count, bool are_long_values = false)
-{
-    std::vector<std::vector<ese_value>> records;
-    for (int i = 0; i < count; ++i) {
-        const ese_value value = ese_value::bytes(record_bytes(i, options.page_size));
-        records.push_back({are_long_values ? value.as_long_value() : value});
-    }
-    write_table(path, "Records", {{"value", ese_type::long_binary}}, records, options);
 }
 
 QByteArray read_from(const ese_root_view &view, qint64 size, qint64 place)

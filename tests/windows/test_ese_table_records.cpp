@@ -1,36 +1,18 @@
 // Reading a table window by window: records, order and number are those of the whole table.
-#include "evidence/ese_file.h"
+#include "evidence/files.h"
+#include "tests/windows/ese_leaf_records.h"
 #include "windows/ese_table_records.h"
 #include "windows/ese_tree_guard.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
 
 using evidence::ese_file_options;
-using evidence::ese_type;
-using evidence::ese_value;
 
 namespace {
 
 const QByteArray table_name = QByteArrayLiteral("Records");
-
-// Each record has a leaf for itself.
-QByteArray record_bytes(int index, int page_size)
-{
-    return QByteArray::number(index).rightJustified(page_size * 6 / 10, 'x');
-}
-
-void write_records(const QString &path, const ese_file_options &options, int count)
-{
-    evidence::ese_file file(path, options);
-    evidence::ese_table table = file.add_table(table_name, {{"value", ese_type::long_binary}});
-    for (int i = 0; i < count; ++i) {
-        table.add_record({ese_value::bytes(record_bytes(i, options.page_size))});
-    }
-    file.finish();
-}
 
 bool is_branch_below_root(const QByteArray &content, int page)
 {
@@ -53,26 +35,6 @@ void lead_to(int number, QByteArray &content, int page, int page_size)
     }
 }
 
-ese_table_handle table_of(libesedb_file_t *file)
-{
-    libesedb_table_t *found = nullptr;
-    libesedb_file_get_table_by_utf8_name(file, reinterpret_cast<const uint8_t *>(table_name.constData()),
-                                         static_cast<size_t>(table_name.size()), &found, nullptr);
-    return ese_table_handle(found);
-}
-
-QByteArray value_of(libesedb_record_t *record)
-{
-    QByteArray value(32768, '\0');
-    size_t size = 0;
-    if (libesedb_record_get_value_data_size(record, 0, &size, nullptr) != 1 ||
-        size > static_cast<size_t>(value.size()) ||
-        libesedb_record_get_value_data(record, 0, reinterpret_cast<uint8_t *>(value.data()), size, nullptr) != 1) {
-        return QByteArray();
-    }
-    return value.left(static_cast<int>(size));
-}
-
 // Out: how many records the library finds in the window.
 int records_in(const ese_file &file, const ese_root_window &window)
 {
@@ -80,11 +42,7 @@ int records_in(const ese_file &file, const ese_root_window &window)
     libesedb_file_t *opened = nullptr;
     libesedb_file_initialize(&opened, nullptr);
     const ese_file_handle part(opened);
-    int count = -1;
-    if (source.open(opened, nullptr) == 1) {
-        libesedb_table_get_number_of_records(table_of(opened).get(), &count, nullptr);
-    }
-    return count;
+    return source.open(opened, nullptr) == 1 ? record_count(table_of(opened, table_name)) : -1;
 }
 
 } // namespace
@@ -134,7 +92,7 @@ void test_ese_table_records::windows_make_up_the_table()
     }
     QCOMPARE(sum, record_count);
 
-    const ese_table_handle table = table_of(file.handle());
+    const ese_table_handle table = table_of(file.handle(), table_name);
     for (const ese_table_records::window_plan plan : {ese_table_records::window_plan{3, 10}, {64, 1}, {64, 256}}) {
         ese_table_records records(file, table_name, table.get(), plan);
         int count = 0;
@@ -146,7 +104,7 @@ void test_ese_table_records::windows_make_up_the_table()
                 libesedb_record_t *fetched = nullptr;
                 QCOMPARE(records.get(index, &fetched, nullptr), 1);
                 const ese_record_handle record(fetched);
-                QVERIFY2(value_of(fetched) == record_bytes(index, options.page_size),
+                QVERIFY2(raw_value(record, 0) == record_bytes(index, options.page_size),
                          qPrintable(QString::number(index)));
             }
         }
@@ -170,9 +128,7 @@ void test_ese_table_records::pages_that_are_no_tree_are_not_walked()
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("store.vol"));
     write_records(path, options, options.page_size / 9);
-    QFile stored(path);
-    QVERIFY(stored.open(QIODevice::ReadWrite));
-    QByteArray content = stored.readAll().replace("MSysObjects", catalog_name);
+    QByteArray content = content_of(path).replace("MSysObjects", catalog_name);
     int changed = 0;
     for (int page = 2 * options.page_size; page < content.size(); page += options.page_size) {
         if (is_branch_below_root(content, page)) {
@@ -182,13 +138,14 @@ void test_ese_table_records::pages_that_are_no_tree_are_not_walked()
         }
     }
     QVERIFY(changed >= 2);
-    QVERIFY(stored.seek(0) && stored.write(content) == content.size() && stored.flush());
+    const QString changed_path = folder.filePath(QStringLiteral("changed.vol"));
+    evidence::write_file(changed_path, content);
 
     ese_file file;
     libesedb_error_t *error = nullptr;
-    QVERIFY(file.open(path, error) == ese_file::opening::done);
+    QVERIFY(file.open(changed_path, error) == ese_file::opening::done);
     QVERIFY(!may_walk_tree(file, file.stream().catalog().roots(table_name).records, ese_page::content_kind::records));
-    const ese_table_handle table = table_of(file.handle());
+    const ese_table_handle table = table_of(file.handle(), table_name);
     ese_table_records records(file, table_name, table.get());
     int count = 0;
     QCOMPARE(records.count(&count, nullptr), -1);
